@@ -1,0 +1,50 @@
+# The library: C++ inside, a C interface outside, and libc alone at run time.
+
+set(PROREFLAX_EXPORTS "${CMAKE_CURRENT_SOURCE_DIR}/cmake/proreflax.map")
+
+set(PROREFLAX_SOURCES
+  transport/lock.cpp
+  transport/message.cpp
+  transport/raw_value.cpp
+  transport/store_requests.cpp
+  values/hex_text.cpp
+  values/ip_text.cpp
+  values/number_text.cpp
+  values/typed_values.cpp
+  store/child_process.cpp
+  store/ini_text.cpp
+  store/life_cycle.cpp
+  store/section_store.cpp)
+list(TRANSFORM PROREFLAX_SOURCES PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
+
+# proreflax_add_library(NAME ROOT)
+#
+# Makes the shared library NAME with ROOT in front of every path of the device, and NAME_objects, its
+# parts, for tests that look inside.
+function(proreflax_add_library name root)
+  add_library(${name}_objects OBJECT ${PROREFLAX_SOURCES})
+  target_include_directories(${name}_objects PUBLIC
+    "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/include")
+  target_compile_definitions(${name}_objects PUBLIC PROREFLAX_DEVICE_ROOT="${root}")
+  target_compile_options(${name}_objects PRIVATE
+    -fno-exceptions -fno-rtti -fno-threadsafe-statics
+    -fvisibility=hidden -fvisibility-inlines-hidden -ffunction-sections -fdata-sections)
+  if(NOT PROREFLAX_SANITIZE)
+    target_compile_options(${name}_objects PRIVATE
+      -fno-unwind-tables -fno-asynchronous-unwind-tables)
+  endif()
+
+  add_library(${name} SHARED $<TARGET_OBJECTS:${name}_objects>)
+  target_include_directories(${name} INTERFACE "${PROJECT_SOURCE_DIR}/include")
+  target_link_options(${name} PRIVATE
+    "-Wl,--version-script=${PROREFLAX_EXPORTS}" -Wl,--gc-sections -Wl,-z,relro)
+  if(NOT PROREFLAX_SANITIZE)
+    # No C++ runtime can slip in: it is not even offered to the linker.
+    target_link_options(${name} PRIVATE -nodefaultlibs -Wl,-z,defs)
+    target_link_libraries(${name} PRIVATE -lc -lgcc)
+  endif()
+  set_target_properties(${name} PROPERTIES
+    PREFIX "" OUTPUT_NAME proreflax
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+    LINK_DEPENDS "${PROREFLAX_EXPORTS}")
+endfunction()

@@ -1,0 +1,136 @@
+#include "store/ini_text.h"
+
+#include <cstring>
+#include <memory>
+
+#include "store/ini_line.h"
+#include "store/section_store.h"
+
+namespace proreflax {
+namespace {
+
+struct close_file {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using open_file = std::unique_ptr<std::FILE, close_file>;
+
+std::uint32_t load_lines(std::FILE* file) {
+  char line[line_buffer_bytes];
+  while (std::fgets(line, sizeof line, file) != nullptr) {
+    if (const std::uint32_t result = config_parse_line(line); result != CFC_OK) {
+      return result;
+    }
+  }
+  // A read error counts as the end of the file; a text without a section counts as malformed.
+  return g_config_mgmt.cache == nullptr ? CFC_ERR_BAD_VALUE : CFC_OK;
+}
+
+/// One line of the export, with room for the longest that one-byte lengths allow.
+class export_line {
+ public:
+  void add(char c) { bytes_[length_++] = c; }
+
+  void add(const char* text, std::uint8_t length) {
+    std::memcpy(bytes_ + length_, text, length);
+    length_ += length;
+  }
+
+  bool write_to(std::FILE* stream) const {
+    return std::fwrite(bytes_, 1, length_, stream) == length_;
+  }
+
+ private:
+  char bytes_[255 + 1 + 255 + 1];
+  std::size_t length_ = 0;
+};
+
+bool export_header(const cfg_segment& section, std::FILE* stream) {
+  export_line line;
+  line.add('\n');
+  line.add('[');
+  line.add(cfg_segment_name(&section), section.name_len);
+  line.add(']');
+  line.add('\n');
+  return line.write_to(stream);
+}
+
+bool export_item(const cfg_item& item, std::FILE* stream) {
+  export_line line;
+  line.add(cfg_item_key(&item), item.key_len);
+  line.add('=');
+  line.add(cfg_item_value(&item), item.val_len);
+  line.add('\n');
+  return line.write_to(stream);
+}
+
+bool export_section(const cfg_segment& section, std::FILE* stream) {
+  if (!export_header(section, stream)) {
+    return false;
+  }
+  const cfg_item* item = section.head;
+  if (item == nullptr) {
+    return true;
+  }
+  do {
+    if (!export_item(*item, stream)) {
+      return false;
+    }
+    item = item->next;
+  } while (item != section.head);
+  return true;
+}
+
+}  // namespace
+
+std::uint32_t config_parse_line(char* text) {
+  const ini_line line = read_ini_line(text);
+  if (line.fault != line_fault::none) {
+    return CFC_ERR_BAD_VALUE;
+  }
+  switch (line.kind) {
+    case line_kind::empty:
+      return CFC_OK;
+    case line_kind::header:
+      g_config_mgmt.cache = segment_alloc(line.name);
+      return g_config_mgmt.cache == nullptr ? CFC_ERR_NO_MEMORY : CFC_OK;
+    case line_kind::entry:
+      break;
+  }
+  if (g_config_mgmt.cache == nullptr) {
+    return CFC_ERR_BAD_VALUE;
+  }
+  // An entry that finds no memory is left out, and the load goes on: deliberate.
+  static_cast<void>(item_set(g_config_mgmt.cache, line.key, line.value));
+  return CFC_OK;
+}
+
+std::uint32_t config_load_file(const char* path) {
+  config_free_all(&g_config_mgmt);
+  const open_file file{std::fopen(path, "r")};
+  if (file == nullptr) {
+    return CFC_ERR_NO_FILE;
+  }
+  const std::uint32_t result = load_lines(file.get());
+  if (result != CFC_OK) {
+    config_free_all(&g_config_mgmt);
+    return result;
+  }
+  g_config_mgmt.flags = CFG_INITIALIZED | CFG_LOADED;
+  return CFC_OK;
+}
+
+std::uint32_t config_export(const config_mgmt* root, std::FILE* stream) {
+  for (const cfg_segment* section = root->first; section != nullptr; section = section->list_next) {
+    if (!export_section(*section, stream)) {
+      return CFC_ERR_WRITE;
+    }
+  }
+  // What the stream still buffers must be out too: a disk that is full shows only here.
+  if (std::fflush(stream) != 0) {
+    return CFC_ERR_WRITE;
+  }
+  std::printf(" export file oK....\n");
+  return CFC_OK;
+}
+
+}  // namespace proreflax

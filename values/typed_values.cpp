@@ -1,0 +1,186 @@
+// The twelve typed operations: a native type on one side, a value text on the other, one raw get or
+// set between them.
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <memory>
+
+#include <proreflax/config.h>
+#include "transport/message.h"
+#include "transport/names.h"
+#include "transport/raw_value.h"
+#include "values/hex_text.h"
+#include "values/number_text.h"
+
+namespace proreflax {
+namespace {
+
+std::uint32_t get_raw(int locked, const char* section, const char* key, char* out,
+                      std::int32_t* length) {
+  const auto get = locked != 0 ? __cfc_get_raw_sem : __cfc_get_raw_nosem;
+  return get(section, key, out, length);
+}
+
+std::uint32_t set_raw(int locked, const char* section, const char* key, const char* value,
+                      std::int32_t length) {
+  const auto set = locked != 0 ? __cfc_set_raw_sem : __cfc_set_raw_nosem;
+  return set(section, key, value, length);
+}
+
+/// Reads a value of at most N - 1 characters and terminates it.
+template <std::size_t N>
+std::uint32_t get_text(int locked, const char* section, const char* key, char (&text)[N]) {
+  std::int32_t length = N - 1;
+  const std::uint32_t result = get_raw(locked, section, key, text, &length);
+  if (result == CFC_OK) {
+    text[length] = '\0';
+  }
+  return result;
+}
+
+/// The longest number or address text that is read, with its NUL.
+using short_text = char[16];
+
+template <typename Number>
+std::uint32_t get_number(int locked, const char* section, const char* key, Number* out) {
+  if (out == nullptr) {
+    return CFC_ERR_BAD_ARGUMENT;
+  }
+  short_text text;
+  if (const std::uint32_t result = get_text(locked, section, key, text); result != CFC_OK) {
+    return result;
+  }
+  std::uint32_t number = 0;
+  if (const std::uint32_t result = cfc_str_to_u32(text, &number); result != CFC_OK) {
+    return result;
+  }
+  if (number > std::numeric_limits<Number>::max()) {
+    return CFC_ERR_BAD_VALUE;
+  }
+  *out = static_cast<Number>(number);
+  return CFC_OK;
+}
+
+/// Writes a number as "0x" and two digits a byte of its width.
+template <typename Number>
+std::uint32_t set_number(int locked, const char* section, const char* key, Number value) {
+  short_text text;
+  const int length = std::snprintf(text, sizeof text, "0x%0*x", static_cast<int>(2 * sizeof value),
+                                   static_cast<unsigned>(value));
+  return set_raw(locked, section, key, text, length);
+}
+
+/// Characters of the hexadecimal text of `count` bytes; 0 for a count that has none: below 1, or so
+/// large that the length would not fit.
+constexpr std::int32_t hex_text_length(std::int32_t count) {
+  constexpr std::int32_t most = (std::numeric_limits<std::int32_t>::max() - 2) / 2;
+  return count < 1 || count > most ? 0 : 2 * count + 2;
+}
+
+using scratch_text = std::unique_ptr<char, free_memory>;
+
+scratch_text allocate_text(std::int32_t length) {
+  return scratch_text{static_cast<char*>(std::malloc(static_cast<std::size_t>(length)))};
+}
+
+}  // namespace
+}  // namespace proreflax
+
+using namespace proreflax;
+
+std::uint32_t __cfc_get_u8(int locked, const char* section, const char* key, std::uint8_t* out) {
+  return get_number(locked, section, key, out);
+}
+
+std::uint32_t __cfc_get_u16(int locked, const char* section, const char* key, std::uint16_t* out) {
+  return get_number(locked, section, key, out);
+}
+
+std::uint32_t __cfc_get_u32(int locked, const char* section, const char* key, std::uint32_t* out) {
+  if (out == nullptr) {
+    return CFC_ERR_BAD_ARGUMENT;
+  }
+  short_text text;
+  const std::uint32_t result = get_text(locked, section, key, text);
+  // Parsed straight into the caller's number, which a text that is no number therefore sets to 0.
+  return result == CFC_OK ? cfc_str_to_u32(text, out) : result;
+}
+
+std::uint32_t __cfc_get_ip(int locked, const char* section, const char* key, std::uint32_t* out) {
+  if (out == nullptr) {
+    return CFC_ERR_BAD_ARGUMENT;
+  }
+  short_text text;
+  const std::uint32_t result = get_text(locked, section, key, text);
+  // A malformed address is -1 as it stands, all ones, on purpose: callers tell it from 205.
+  return result == CFC_OK ? static_cast<std::uint32_t>(translate_ip_to_u32(text, out)) : result;
+}
+
+std::uint32_t __cfc_get_string(int locked, const char* section, const char* key, char* out,
+                               std::uint32_t size_bytes) {
+  auto length = static_cast<std::int32_t>(size_bytes - 1);
+  const std::uint32_t result = get_raw(locked, section, key, out, &length);
+  if (result == CFC_OK) {
+    out[length] = '\0';
+  }
+  return result;
+}
+
+std::uint32_t __cfc_get_binary(int locked, const char* section, const char* key, std::uint8_t* out,
+                               std::int32_t* count) {
+  if (out == nullptr || count == nullptr || hex_text_length(*count) == 0) {
+    return CFC_ERR_BAD_ARGUMENT;
+  }
+  std::int32_t length = hex_text_length(*count);
+  const scratch_text text = allocate_text(length);
+  if (text == nullptr) {
+    return CFC_ERR_NO_MEMORY;
+  }
+  if (const std::uint32_t result = get_raw(locked, section, key, text.get(), &length);
+      result != CFC_OK) {
+    return result;
+  }
+  std::memset(out, 0, static_cast<std::size_t>(*count));
+  return cfc_hex_to_bin(text.get(), length, out);
+}
+
+std::uint32_t __cfc_set_u8(int locked, const char* section, const char* key, std::uint8_t value) {
+  return set_number(locked, section, key, value);
+}
+
+std::uint32_t __cfc_set_u16(int locked, const char* section, const char* key, std::uint16_t value) {
+  return set_number(locked, section, key, value);
+}
+
+std::uint32_t __cfc_set_u32(int locked, const char* section, const char* key, std::uint32_t value) {
+  return set_number(locked, section, key, value);
+}
+
+std::uint32_t __cfc_set_ip(int locked, const char* section, const char* key,
+                           std::uint32_t address) {
+  short_text text;
+  if (translate_u32_to_ip(text, sizeof text, address) != 0) {
+    return CFC_ERR_BAD_ARGUMENT;
+  }
+  return set_raw(locked, section, key, text, static_cast<std::int32_t>(std::strlen(text)));
+}
+
+std::uint32_t __cfc_set_string(int locked, const char* section, const char* key,
+                               const char* value) {
+  return set_raw(locked, section, key, value, cfc_value_len(value));
+}
+
+std::uint32_t __cfc_set_binary(int locked, const char* section, const char* key,
+                               const std::uint8_t* data, std::int32_t count) {
+  if (data == nullptr || hex_text_length(count) == 0) {
+    return CFC_ERR_BAD_ARGUMENT;
+  }
+  const std::int32_t length = hex_text_length(count);
+  const scratch_text text = allocate_text(length);
+  if (text == nullptr) {
+    return CFC_ERR_NO_MEMORY;
+  }
+  cfc_bin_to_hex(data, static_cast<std::uint32_t>(count), text.get());
+  return set_raw(locked, section, key, text.get(), length);
+}
