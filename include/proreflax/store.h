@@ -69,20 +69,29 @@ typedef struct config_mgmt {
 /** The one store of this process. All zero until the first load and after a close. */
 PROREFLAX_API extern config_mgmt g_config_mgmt;
 
+#ifdef __cplusplus
+#define PROREFLAX_TEXT_BEHIND(record) \
+  static_cast<const char*>(static_cast<const void*>((record) + 1))
+#else
+#define PROREFLAX_TEXT_BEHIND(record) ((const char*)((record) + 1))
+#endif
+
 /** The name of a section, NUL-terminated. Valid as long as the section is. */
 static inline const char* cfg_segment_name(const cfg_segment* section) {
-  return (const char*)(section + 1) + section->name_off;
+  return PROREFLAX_TEXT_BEHIND(section) + section->name_off;
 }
 
 /** The key of an entry, NUL-terminated. Valid until the entry gets a longer value. */
 static inline const char* cfg_item_key(const cfg_item* item) {
-  return (const char*)(item + 1) + item->key_off;
+  return PROREFLAX_TEXT_BEHIND(item) + item->key_off;
 }
 
 /** The value of an entry, NUL-terminated. Valid until the entry gets another value. */
 static inline const char* cfg_item_value(const cfg_item* item) {
-  return (const char*)(item + 1) + item->val_off;
+  return PROREFLAX_TEXT_BEHIND(item) + item->val_off;
 }
+
+#undef PROREFLAX_TEXT_BEHIND
 
 /* ---- Sections and values -------------------------------------------------------------------- */
 

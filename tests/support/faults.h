@@ -1,0 +1,60 @@
+// A counting fault injector.
+//
+// Test programs are linked so that the calls below go through here when the code under test makes
+// them. Nothing fails until a test asks for it; then the n-th call of one kind fails once.
+//
+//   for (int n = 1; n < 100; ++n) {
+//     faults::fail(faults::call::malloc, n);
+//     const auto result = operation();
+//     if (!faults::happened()) break;   // the operation makes fewer than n such calls
+//     EXPECT_EQ(result, ...);
+//   }
+#ifndef PROREFLAX_TESTS_SUPPORT_FAULTS_H
+#define PROREFLAX_TESTS_SUPPORT_FAULTS_H
+
+#include <cerrno>
+
+namespace faults {
+
+enum class call {
+  malloc,  // calloc too
+  semget,
+  semop,
+  msgget,
+  msgsnd,
+  msgrcv,
+  fork,
+  execl,
+  waitpid,
+  unlink,
+  fopen,
+  fgets,
+  fwrite,
+  fflush,
+  fclose,
+  kinds
+};
+
+/// Makes the n-th call of a kind from now fail, once, with this errno. Forgets what was asked before.
+void fail(call kind, int nth, int error = EIO);
+
+/// Makes the n-th call, of whatever kind, end the process with _exit(exit_cut) once it is done: the
+/// power is cut.
+void cut_after(int nth);
+inline constexpr int exit_cut = 77;
+
+/// Whether the failure asked for has happened.
+bool happened();
+
+/// How many calls of a kind were made since the last reset() or fail().
+int calls(call kind);
+
+/// No more failures; counts start at 0.
+void reset();
+
+/// Memory that malloc and calloc gave the code under test and that was not yet freed cannot be told
+/// here; the sanitizer build reports leaks when a test's process ends.
+
+}  // namespace faults
+
+#endif
