@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 namespace proreflax {
 namespace {
@@ -25,7 +26,7 @@ void set_log_level(log_level most) {
 }
 
 bool read_log_level(const char* name, log_level* level) {
-  for (std::uint8_t i = 0; i < sizeof level_names / sizeof level_names[0]; ++i) {
+  for (std::size_t i = 0; i < std::size(level_names); ++i) {
     if (std::strcmp(name, level_names[i]) == 0) {
       *level = static_cast<log_level>(i);
       return true;
