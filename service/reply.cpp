@@ -130,12 +130,15 @@ std::uint32_t carry_out(const request& asked, reply& answer, std::uint16_t& valu
 }  // namespace
 
 reply make_reply(const char* request_text, std::size_t length) {
-  text_header header{};
-  std::memcpy(&header, request_text, length < sizeof header ? length : sizeof header);
   reply answer;
+  text_header header{};
+  if (length < sizeof header.reply_mtype) {
+    return answer;
+  }
+  std::memcpy(&header, request_text, length < sizeof header ? length : sizeof header);
   // An asker waits under its process id plus the bias; anything lower would come back to the service
   // as a request, or cannot be a message type at all.
-  if (length < sizeof header.reply_mtype || header.reply_mtype <= reply_type_bias) {
+  if (header.reply_mtype <= reply_type_bias) {
     return answer;
   }
   answer.type = header.reply_mtype;
