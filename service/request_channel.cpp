@@ -13,7 +13,6 @@
 namespace proreflax {
 namespace {
 
-constexpr unsigned short marker_semaphore = 1;
 constexpr int semaphores = 2;
 constexpr int claim_attempts = 100;
 
@@ -153,10 +152,7 @@ void request_channel::take_waiting_requests() {
 }
 
 /// Whether the asker has sent another request since: then it no longer waits for this reply.
-bool request_channel::is_superseded(const reply& answer) {
-  if (waiting_messages() > 0) {
-    take_waiting_requests();
-  }
+bool request_channel::is_superseded(const reply& answer) const {
   for (std::size_t i = 0; i < backlog_count_; ++i) {
     const incoming& later = backlog_[(backlog_first_ + i) % backlog_max];
     if (later.length >= sizeof(std::int32_t) &&
@@ -167,6 +163,13 @@ bool request_channel::is_superseded(const reply& answer) {
   return false;
 }
 
+/// Removes earlier replies to an asker that is about to get another.
+void request_channel::discard(long type) const {
+  wire_message message;
+  while (msgrcv(queue_, &message, sizeof message.text, type, IPC_NOWAIT | MSG_NOERROR) >= 0) {
+  }
+}
+
 bool request_channel::put(const reply& answer) const {
   wire_message message;
   message.type = answer.type;
@@ -175,45 +178,37 @@ bool request_channel::put(const reply& answer) const {
 }
 
 bool request_channel::send(const reply& answer) {
+  if (waiting_messages() > 0) {
+    take_waiting_requests();
+    discard(answer.type);
+  }
   if (is_superseded(answer)) {
     return true;
   }
+  remember(answer.type);
   bool sent = put(answer);
   if (!sent && errno == EAGAIN) {
     sweep(keep::of_live_askers);
-    take_waiting_requests();
     sent = put(answer);
   }
   if (!sent && errno == EAGAIN) {
     sweep(keep::nothing);
     sent = put(answer);
-  }
-  if (sent) {
-    remember(answer.type);
   }
   return sent;
 }
 
-bool request_channel::is_unclaimed(long type) const {
-  for (std::size_t i = 0; i < unclaimed_count_; ++i) {
-    if (unclaimed_[i] == type) {
-      return true;
-    }
-  }
-  return false;
-}
-
 void request_channel::remember(long type) {
-  if (is_unclaimed(type)) {
+  if (unclaimed_.holds(type)) {
     return;
   }
-  if (unclaimed_count_ == unclaimed_max) {
+  if (unclaimed_.full()) {
     sweep(keep::of_live_askers);
   }
-  if (unclaimed_count_ == unclaimed_max) {
+  if (unclaimed_.full()) {
     sweep(keep::nothing);
   }
-  unclaimed_[unclaimed_count_++] = type;
+  unclaimed_.add(type);
   if (timer_ms_ != sweep_soon_ms) {
     set_timer(sweep_soon_ms);
   }
@@ -223,16 +218,15 @@ void request_channel::sweep() {
   sweep(keep::of_live_askers);
   // Less and less often while the same replies are left, and at rest once none is.
   const long later_ms = timer_ms_ * 2 < sweep_idle_ms ? timer_ms_ * 2 : sweep_idle_ms;
-  const long next_ms = unclaimed_count_ == 0 ? sweep_idle_ms : later_ms;
+  const long next_ms = unclaimed_.empty() ? sweep_idle_ms : later_ms;
   if (next_ms != timer_ms_) {
     set_timer(next_ms);
   }
 }
 
+/// Takes each message but the requests off once; what somebody waits for goes back to the end.
 void request_channel::sweep(keep kept) {
-  long left[unclaimed_max];
-  std::size_t left_count = 0;
-  // Each message but the requests comes off once; what somebody waits for goes back to the end.
+  remembered left;
   for (std::size_t unseen = waiting_messages(); unseen > 0; --unseen) {
     wire_message message;
     const ssize_t length = msgrcv(queue_, &message, sizeof message.text, request_type,
@@ -240,14 +234,13 @@ void request_channel::sweep(keep kept) {
     if (length < 0) {
       break;
     }
-    if (kept == keep::of_live_askers && left_count < unclaimed_max && is_unclaimed(message.type) &&
-        is_alive(message.type) &&
+    if (kept == keep::of_live_askers && unclaimed_.holds(message.type) &&
+        !left.holds(message.type) && is_alive(message.type) &&
         msgsnd(queue_, &message, static_cast<std::size_t>(length), IPC_NOWAIT) == 0) {
-      left[left_count++] = message.type;
+      left.add(message.type);
     }
   }
-  std::memcpy(unclaimed_, left, left_count * sizeof left[0]);
-  unclaimed_count_ = left_count;
+  unclaimed_ = left;
 }
 
 std::size_t request_channel::waiting_messages() const {

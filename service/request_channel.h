@@ -9,7 +9,7 @@
 // killed, or gave up on a signal, leaves its reply behind. Three rules keep such replies from harm:
 //
 //  1. A reply is dropped when its asker has a newer request on the queue: it no longer waits for
-//     this one.
+//     this one. Earlier replies to the same asker are removed before another is sent.
 //  2. A sweep, 10 ms after a reply and then ever less often while one is left, removes those of dead
 //     askers. A process id does not come round again in so short a time.
 //  3. Sending never blocks. On a full queue, a sweep clears what nobody waits for, and requests that
@@ -25,6 +25,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 #include "service/reply.h"
 
@@ -42,6 +43,26 @@ struct permissions {
   mode_t mode = 0600;
   bool has_group = false;
   gid_t group = 0;
+};
+
+/// A small set of message types.
+class remembered {
+ public:
+  bool holds(long type) const {
+    for (std::size_t i = 0; i < count_; ++i) {
+      if (types_[i] == type) {
+        return true;
+      }
+    }
+    return false;
+  }
+  bool empty() const { return count_ == 0; }
+  bool full() const { return count_ == std::size(types_); }
+  void add(long type) { types_[count_++] = type; }
+
+ private:
+  long types_[64] = {};
+  std::size_t count_ = 0;
 };
 
 class request_channel {
@@ -75,9 +96,9 @@ class request_channel {
   bool put(const reply& answer) const;
   bool receive(int flags, incoming* request) const;
   void take_waiting_requests();
-  bool is_superseded(const reply& answer);
+  bool is_superseded(const reply& answer) const;
+  void discard(long type) const;
   void sweep(keep kept);
-  bool is_unclaimed(long type) const;
   void remember(long type);
   std::size_t waiting_messages() const;
   void set_timer(long interval_ms);
@@ -85,10 +106,7 @@ class request_channel {
   int lock_ = -1;
   int queue_ = -1;
 
-  // Types of replies that may still be on the queue.
-  static constexpr std::size_t unclaimed_max = 64;
-  long unclaimed_[unclaimed_max] = {};
-  std::size_t unclaimed_count_ = 0;
+  remembered unclaimed_;  // types of replies that may still be on the queue
 
   // Requests taken off a full queue, or seen early; a ring.
   static constexpr std::size_t backlog_max = 16;

@@ -10,6 +10,9 @@ inline constexpr int CFC_MSQ_KEY = CFC_SEM_KEY + 1;
 /// Number of the semaphore that is the lock: 1 free, 0 held.
 inline constexpr unsigned short lock_semaphore = 0;
 
+/// Number of the semaphore that config-center keeps at 1 while it lives. No client touches it.
+inline constexpr unsigned short marker_semaphore = 1;
+
 }  // namespace proreflax
 
 #endif

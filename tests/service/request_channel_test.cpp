@@ -1,0 +1,396 @@
+#include "service/request_channel.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/msg.h>
+#include <sys/sem.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "tests/support/request_queue.h"
+#include "tests/support/service_process.h"
+#include "transport/ipc_keys.h"
+
+using namespace proreflax;
+
+using claimed = request_channel::claim_result;
+using waited = request_channel::wait_result;
+
+namespace {
+
+struct wire_message {
+  long type;
+  char text[4096];
+};
+
+int lock_id() {
+  return semget(CFC_SEM_KEY, 0, 0);
+}
+int queue_id() {
+  return msgget(CFC_MSQ_KEY, 0);
+}
+
+bool put(long type, const bytes& content) {
+  wire_message message{type, {}};
+  std::copy(content.begin(), content.end(), message.text);
+  return msgsnd(queue_id(), &message, content.size(), IPC_NOWAIT) == 0;
+}
+
+/// The text of the next message of a type; empty when there is none.
+std::string take(long type) {
+  wire_message message{};
+  const ssize_t length = msgrcv(queue_id(), &message, sizeof message.text, type, IPC_NOWAIT);
+  return length < 0 ? std::string{} : std::string(message.text, static_cast<std::size_t>(length));
+}
+
+std::size_t waiting() {
+  msqid_ds state{};
+  msgctl(queue_id(), IPC_STAT, &state);
+  return state.msg_qnum;
+}
+
+bytes request_of(pid_t asker) {
+  return row(i32(asker + 2), u32(10), u32(0), u32(0));
+}
+
+reply reply_to(pid_t asker, std::uint32_t result = 0) {
+  const bytes request = request_of(asker);
+  reply answer;
+  answer.type = asker + 2;
+  answer.length = request.size();
+  std::memcpy(answer.text, request.data(), request.size());
+  set_result(answer, result);
+  return answer;
+}
+
+/// The id of a process that has ended and was collected.
+pid_t dead_process() {
+  const pid_t child = start_child([] { return 0; });
+  wait_for_child(child);
+  return child;
+}
+
+/// A process that lives until the test ends, and never asks for its replies.
+class bystander {
+ public:
+  bystander() : id_{start_child([] { return pause(); })} {}
+  ~bystander() {
+    kill(id_, SIGKILL);
+    wait_for_child(id_);
+  }
+  bystander(const bystander&) = delete;
+  bystander& operator=(const bystander&) = delete;
+
+  pid_t id() const { return id_; }
+
+ private:
+  pid_t id_;
+};
+
+class RequestChannel : public testing::Test {
+ protected:
+  RequestChannel() {
+    struct sigaction action {};
+    action.sa_handler = [](int) {};
+    sigaction(SIGALRM, &action, nullptr);
+  }
+  ~RequestChannel() override { channel.close(); }
+
+  void open_channel() {
+    ASSERT_EQ(channel.claim(allowed), claimed::claimed);
+    ASSERT_TRUE(channel.open(allowed));
+  }
+
+  permissions allowed;
+  request_channel channel;
+};
+
+}  // namespace
+
+TEST_F(RequestChannel, holds_the_lock_until_it_is_open) {
+  ASSERT_EQ(channel.claim(allowed), claimed::claimed);
+  EXPECT_EQ(semctl(lock_id(), 0, GETVAL), 0);
+  EXPECT_EQ(queue_id(), -1);
+  ASSERT_TRUE(channel.open(allowed));
+  EXPECT_EQ(semctl(lock_id(), 0, GETVAL), 1);
+  EXPECT_NE(queue_id(), -1);
+}
+
+TEST_F(RequestChannel, is_for_its_own_user_unless_told_otherwise) {
+  open_channel();
+  semid_ds lock{};
+  msqid_ds queue{};
+  ASSERT_EQ(semctl(lock_id(), 0, IPC_STAT, &lock), 0);
+  ASSERT_EQ(msgctl(queue_id(), IPC_STAT, &queue), 0);
+  EXPECT_EQ(lock.sem_perm.mode & 0777, 0600);
+  EXPECT_EQ(queue.msg_perm.mode & 0777, 0600);
+}
+
+TEST_F(RequestChannel, takes_the_mode_and_the_group_it_is_told) {
+  allowed = {.mode = 0660, .has_group = true, .group = getuid() == 0 ? gid_t{12} : getgid()};
+  open_channel();
+  semid_ds lock{};
+  msqid_ds queue{};
+  ASSERT_EQ(semctl(lock_id(), 0, IPC_STAT, &lock), 0);
+  ASSERT_EQ(msgctl(queue_id(), IPC_STAT, &queue), 0);
+  EXPECT_EQ(lock.sem_perm.mode & 0777, 0660);
+  EXPECT_EQ(queue.msg_perm.mode & 0777, 0660);
+  EXPECT_EQ(lock.sem_perm.gid, allowed.group);
+  EXPECT_EQ(queue.msg_perm.gid, allowed.group);
+}
+
+TEST_F(RequestChannel, is_not_claimed_beside_a_live_service) {
+  int ready[2];
+  ASSERT_EQ(pipe(ready), 0);
+  const pid_t other = start_child([&] {
+    request_channel live;
+    const bool is_claimed = live.claim(allowed) == claimed::claimed && live.open(allowed);
+    static_cast<void>(!write(ready[1], is_claimed ? "y" : "n", 1));
+    return pause();
+  });
+  char answer = 0;
+  ASSERT_EQ(read(ready[0], &answer, 1), 1);
+  ASSERT_EQ(answer, 'y');
+  const int its_lock = lock_id();
+  EXPECT_EQ(channel.claim(allowed), claimed::live_service);
+  EXPECT_EQ(lock_id(), its_lock) << "the live service keeps its lock";
+  EXPECT_NE(queue_id(), -1) << "and its queue";
+
+  // Killed, it leaves both behind; they are cleared up.
+  kill(other, SIGKILL);
+  wait_for_child(other);
+  ASSERT_TRUE(put(1, request_of(getpid())));
+  open_channel();
+  EXPECT_NE(lock_id(), its_lock);
+  EXPECT_EQ(waiting(), 0U);
+  EXPECT_EQ(semctl(lock_id(), 0, GETVAL), 1);
+}
+
+TEST_F(RequestChannel, clears_up_a_semaphore_without_a_marker) {
+  ASSERT_NE(semget(CFC_SEM_KEY, 1, IPC_CREAT | IPC_EXCL | 0600), -1);
+  open_channel();
+  semid_ds lock{};
+  ASSERT_EQ(semctl(lock_id(), 0, IPC_STAT, &lock), 0);
+  EXPECT_EQ(lock.sem_nsems, 2U);
+}
+
+TEST_F(RequestChannel, is_claimed_by_one_of_many_that_start_at_once) {
+  ASSERT_NE(semget(CFC_SEM_KEY, 2, IPC_CREAT | IPC_EXCL | 0600), -1) << "a left-over one";
+  int results[2];
+  ASSERT_EQ(pipe(results), 0);
+  std::vector<pid_t> rivals;
+  for (int i = 0; i < 12; ++i) {
+    rivals.push_back(start_child([&] {
+      request_channel rival;
+      const char outcome = rival.claim(allowed) == claimed::claimed ? 'c' : 'l';
+      static_cast<void>(!write(results[1], &outcome, 1));
+      return pause();
+    }));
+  }
+  std::string outcomes;
+  for (int i = 0; i < 12; ++i) {
+    char outcome = 0;
+    ASSERT_EQ(read(results[0], &outcome, 1), 1);
+    outcomes += outcome;
+  }
+  for (const pid_t rival : rivals) {
+    kill(rival, SIGKILL);
+    wait_for_child(rival);
+  }
+  EXPECT_EQ(std::count(outcomes.begin(), outcomes.end(), 'c'), 1) << outcomes;
+  channel.claim(allowed);
+}
+
+TEST_F(RequestChannel, removes_lock_and_queue_when_it_closes) {
+  open_channel();
+  channel.close();
+  EXPECT_EQ(lock_id(), -1);
+  EXPECT_EQ(queue_id(), -1);
+}
+
+TEST_F(RequestChannel, takes_requests_in_order_and_no_other_messages) {
+  open_channel();
+  ASSERT_TRUE(put(77, raw("not a request")));
+  ASSERT_TRUE(put(1, raw("first")));
+  ASSERT_TRUE(put(1, raw("second")));
+  incoming request;
+  ASSERT_EQ(channel.next(&request), waited::request);
+  EXPECT_EQ(std::string(request.text, request.length), "first");
+  ASSERT_EQ(channel.next(&request), waited::request);
+  EXPECT_EQ(std::string(request.text, request.length), "second");
+}
+
+TEST_F(RequestChannel, takes_a_request_that_is_too_long_and_shows_that_it_is) {
+  open_channel();
+  ASSERT_TRUE(put(1, bytes(3000, 'x')));
+  incoming request;
+  ASSERT_EQ(channel.next(&request), waited::request);
+  EXPECT_EQ(request.length, request_text_max + 1);
+  EXPECT_EQ(waiting(), 0U);
+}
+
+TEST_F(RequestChannel, is_interrupted_by_a_signal) {
+  open_channel();
+  // The channel's own timer ticks once a second while nothing happens.
+  incoming request;
+  EXPECT_EQ(channel.next(&request), waited::interrupted);
+}
+
+TEST_F(RequestChannel, tells_when_the_queue_is_gone) {
+  open_channel();
+  msgctl(queue_id(), IPC_RMID, nullptr);
+  incoming request;
+  EXPECT_EQ(channel.next(&request), waited::lost);
+}
+
+TEST_F(RequestChannel, sends_a_reply_under_its_askers_type) {
+  open_channel();
+  EXPECT_TRUE(channel.send(reply_to(getpid(), 209)));
+  EXPECT_EQ(take(getpid() + 2), std::string(reply_to(getpid(), 209).text, 16));
+}
+
+TEST_F(RequestChannel, drops_a_reply_whose_asker_has_asked_again) {
+  open_channel();
+  ASSERT_TRUE(put(1, request_of(getpid())));
+  EXPECT_TRUE(channel.send(reply_to(getpid(), 222)));
+  EXPECT_EQ(take(getpid() + 2), "");
+  incoming request;
+  ASSERT_EQ(channel.next(&request), waited::request) << "the newer request is still served";
+  EXPECT_TRUE(channel.send(reply_to(getpid(), 0)));
+  EXPECT_EQ(take(getpid() + 2), std::string(reply_to(getpid(), 0).text, 16));
+}
+
+TEST_F(RequestChannel, sends_a_reply_although_another_asker_waits) {
+  open_channel();
+  const bystander other;
+  ASSERT_TRUE(put(1, request_of(other.id())));
+  EXPECT_TRUE(channel.send(reply_to(getpid())));
+  EXPECT_NE(take(getpid() + 2), "");
+}
+
+TEST_F(RequestChannel, a_sweep_removes_the_replies_of_dead_askers_alone) {
+  open_channel();
+  const pid_t dead = dead_process();
+  const bystander living;
+  ASSERT_TRUE(channel.send(reply_to(dead)));
+  ASSERT_TRUE(channel.send(reply_to(living.id())));
+  ASSERT_EQ(waiting(), 2U);
+  channel.sweep();
+  EXPECT_EQ(waiting(), 1U);
+  EXPECT_EQ(take(dead + 2), "");
+  EXPECT_NE(take(living.id() + 2), "");
+}
+
+TEST_F(RequestChannel, a_sweep_removes_messages_that_are_nobodys) {
+  open_channel();
+  ASSERT_TRUE(put(2, raw("junk")));
+  ASSERT_TRUE(put(getpid() + 2, raw("not from the service")));
+  ASSERT_TRUE(put(2147483647, raw("junk")));
+  ASSERT_TRUE(put(1, raw("request")));
+  channel.sweep();
+  EXPECT_EQ(waiting(), 1U);
+  EXPECT_EQ(take(1), "request");
+}
+
+TEST_F(RequestChannel, is_swept_soon_after_a_reply_was_left) {
+  open_channel();
+  ASSERT_TRUE(channel.send(reply_to(dead_process())));
+  itimerval timer{};
+  getitimer(ITIMER_REAL, &timer);
+  EXPECT_EQ(timer.it_interval.tv_sec, 0);
+  EXPECT_EQ(timer.it_interval.tv_usec, 10000);
+  channel.sweep();
+  getitimer(ITIMER_REAL, &timer);
+  EXPECT_EQ(timer.it_interval.tv_sec, 1) << "at rest once nothing is left";
+}
+
+TEST_F(RequestChannel, is_swept_ever_less_often_while_a_live_asker_leaves_its_reply) {
+  open_channel();
+  const bystander stopped;
+  ASSERT_TRUE(channel.send(reply_to(stopped.id())));
+  itimerval timer{};
+  for (const long expected_ms : {20, 40, 80, 160, 320, 640, 1000, 1000}) {
+    channel.sweep();
+    getitimer(ITIMER_REAL, &timer);
+    EXPECT_EQ(timer.it_interval.tv_sec * 1000 + timer.it_interval.tv_usec / 1000, expected_ms);
+  }
+  EXPECT_NE(take(stopped.id() + 2), "");
+}
+
+TEST_F(RequestChannel, sends_a_reply_though_the_queue_is_full_of_junk) {
+  open_channel();
+  while (put(5, bytes(512, 'j'))) {
+  }
+  EXPECT_TRUE(channel.send(reply_to(getpid())));
+  EXPECT_NE(take(getpid() + 2), "");
+}
+
+TEST_F(RequestChannel, sends_a_reply_though_the_queue_is_full_of_requests_and_loses_none) {
+  open_channel();
+  const bystander other;
+  int sent = 0;
+  for (bytes request = request_of(other.id());; ++sent) {
+    request.resize(2048);
+    request[1000] = static_cast<std::uint8_t>(sent);
+    if (!put(1, request)) {
+      break;
+    }
+  }
+  ASSERT_GT(sent, 2);
+  ASSERT_LE(sent, 16) << "as many as are kept in memory";
+  EXPECT_TRUE(channel.send(reply_to(getpid())));
+  EXPECT_NE(take(getpid() + 2), "");
+  for (int i = 0; i < sent; ++i) {
+    incoming request;
+    ASSERT_EQ(channel.next(&request), waited::request);
+    EXPECT_EQ(request.length, request_text_max + 1);
+  }
+  EXPECT_EQ(waiting(), 0U);
+}
+
+TEST_F(RequestChannel, sends_a_reply_though_live_askers_leave_theirs_until_the_queue_is_full) {
+  open_channel();
+  const bystander careless;
+  while (put(careless.id() + 2, bytes(256, 'r'))) {
+  }
+  // As if the service had sent them: it remembers the type.
+  ASSERT_TRUE(channel.send(reply_to(careless.id())));
+  while (put(careless.id() + 2, bytes(16, 'r'))) {
+  }
+  EXPECT_TRUE(channel.send(reply_to(getpid())));
+  EXPECT_NE(take(getpid() + 2), "");
+}
+
+TEST_F(RequestChannel, does_not_block_when_nothing_can_make_room) {
+  open_channel();
+  while (put(1, {})) {
+  }
+  const std::size_t full = waiting();
+  ASSERT_GT(full, 16U);
+  // Empty messages take no bytes but count: more of them than are kept in memory stay on the queue.
+  EXPECT_TRUE(channel.send(reply_to(getpid())));
+  EXPECT_NE(take(getpid() + 2), "");
+}
+
+TEST_F(RequestChannel, removes_an_earlier_reply_to_the_same_asker_before_it_sends_another) {
+  open_channel();
+  ASSERT_TRUE(channel.send(reply_to(getpid(), 201)));
+  ASSERT_TRUE(channel.send(reply_to(getpid(), 0)));
+  EXPECT_EQ(take(getpid() + 2), std::string(reply_to(getpid(), 0).text, 16));
+  EXPECT_EQ(waiting(), 0U);
+}
+
+TEST_F(RequestChannel, remembers_more_askers_than_it_has_room_for_by_sweeping) {
+  open_channel();
+  for (int i = 0; i < 100; ++i) {
+    ASSERT_TRUE(channel.send(reply_to(dead_process())));
+  }
+  EXPECT_LE(waiting(), 64U);
+  channel.sweep();
+  EXPECT_EQ(waiting(), 0U);
+}

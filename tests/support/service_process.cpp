@@ -1,0 +1,109 @@
+#include "tests/support/service_process.h"
+
+#include <fcntl.h>
+#include <sys/sem.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+
+#include "tests/support/device_root.h"
+#include "transport/ipc_keys.h"
+
+namespace {
+
+int status_of(int wait_status) {
+  return WIFEXITED(wait_status) ? WEXITSTATUS(wait_status) : 1000 + WTERMSIG(wait_status);
+}
+
+/// The service raises its marker first and frees the lock once it is ready.
+bool lock_is_free() {
+  const int lock = semget(proreflax::CFC_SEM_KEY, 0, 0);
+  return lock != -1 && semctl(lock, proreflax::marker_semaphore, GETVAL) > 0 &&
+         semctl(lock, proreflax::lock_semaphore, GETVAL) > 0;
+}
+
+/// The third word of /proc/ID/stat, behind the program's name: T for a stopped process.
+bool stands_still(pid_t id) {
+  std::ifstream file{"/proc/" + std::to_string(id) + "/stat"};
+  const std::string all{std::istreambuf_iterator<char>{file}, {}};
+  return all.find(") T ") != std::string::npos;
+}
+
+}  // namespace
+
+service_process::service_process(const std::vector<std::string>& options)
+    : log_path_{device_root::path("/service.log")} {
+  const std::string program = device_root::path("/programs/config-center");
+  std::vector<char*> arguments{const_cast<char*>(program.c_str())};
+  for (const std::string& option : options) {
+    arguments.push_back(const_cast<char*>(option.c_str()));
+  }
+  arguments.push_back(nullptr);
+  id_ = fork();
+  if (id_ == 0) {
+    const int log = open(log_path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    dup2(log, STDERR_FILENO);
+    dup2(log, STDOUT_FILENO);
+    execv(program.c_str(), arguments.data());
+    _exit(127);
+  }
+  eventually([this] { return !runs() || lock_is_free(); });
+}
+
+service_process::~service_process() {
+  if (!ended_) {
+    thaw();
+    end();
+  }
+}
+
+void service_process::freeze() const {
+  kill(id_, SIGSTOP);
+  eventually([this] { return stands_still(id_); });
+}
+
+bool service_process::runs() const {
+  siginfo_t info{};
+  return !ended_ &&
+         waitid(P_PID, static_cast<id_t>(id_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+         info.si_pid == 0;
+}
+
+int service_process::end(int signal) {
+  if (!ended_) {
+    kill(id_, signal);
+  }
+  return status();
+}
+
+int service_process::status() {
+  if (!ended_) {
+    status_ = wait_for_child(id_);
+    ended_ = true;
+  }
+  return status_;
+}
+
+std::string service_process::log() const {
+  std::ifstream file{log_path_};
+  return {std::istreambuf_iterator<char>{file}, {}};
+}
+
+long service_process::resident_kib() const {
+  std::ifstream status{"/proc/" + std::to_string(id_) + "/status"};
+  for (std::string line; std::getline(status, line);) {
+    if (line.starts_with("VmRSS:")) {
+      return std::stol(line.substr(6));
+    }
+  }
+  return -1;
+}
+
+int wait_for_child(pid_t child) {
+  int status = 0;
+  while (waitpid(child, &status, 0) == -1 && errno == EINTR) {
+  }
+  return status_of(status);
+}

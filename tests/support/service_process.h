@@ -1,0 +1,71 @@
+// config-center as a process of its own, on the device's folder of the build tree.
+#ifndef PROREFLAX_TESTS_SUPPORT_SERVICE_PROCESS_H
+#define PROREFLAX_TESTS_SUPPORT_SERVICE_PROCESS_H
+
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <string>
+#include <vector>
+
+class service_process {
+ public:
+  /// Starts the service and waits until it is ready, or has ended.
+  explicit service_process(const std::vector<std::string>& options = {});
+  ~service_process();
+  service_process(const service_process&) = delete;
+  service_process& operator=(const service_process&) = delete;
+
+  bool runs() const;
+  pid_t id() const { return id_; }
+
+  /// Sends a signal and waits for the end: the exit status, or 1000 and the signal that killed it.
+  int end(int signal = SIGTERM);
+
+  /// Waits for the end of a service that ends by itself.
+  int status();
+
+  /// Stops it, and returns once it stands still; lets it go on.
+  void freeze() const;
+  void thaw() const { kill(id_, SIGCONT); }
+
+  /// What it has written to standard error so far.
+  std::string log() const;
+
+  /// Memory that it has in use, in KiB.
+  long resident_kib() const;
+
+ private:
+  pid_t id_;
+  std::string log_path_;
+  bool ended_ = false;
+  int status_ = 0;
+};
+
+/// Runs `work` in a child process, which ends with its result and without the parent's clean-up.
+template <typename Work>
+pid_t start_child(Work work) {
+  const pid_t child = fork();
+  if (child == 0) {
+    _exit(work());
+  }
+  return child;
+}
+
+/// A child's exit status, or 1000 and the signal that killed it.
+int wait_for_child(pid_t child);
+
+/// Polls until `holds()` does, for at most five seconds.
+template <typename Condition>
+bool eventually(Condition holds) {
+  for (int i = 0; i < 1000; ++i) {
+    if (holds()) {
+      return true;
+    }
+    usleep(5000);
+  }
+  return holds();
+}
+
+#endif
