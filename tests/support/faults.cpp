@@ -23,6 +23,7 @@ struct state {
   int error = 0;
   bool happened = false;
   int until_cut = 0;
+  std::size_t malloc_bytes = 0;
 };
 
 state now;
@@ -69,6 +70,10 @@ int calls(call kind) {
   return now.made[static_cast<std::size_t>(kind)];
 }
 
+std::size_t bytes_of_last_malloc() {
+  return now.malloc_bytes;
+}
+
 void reset() {
   now = {};
 }
@@ -83,11 +88,13 @@ extern "C" {
 
 void* __real_malloc(std::size_t size);
 void* __wrap_malloc(std::size_t size) {
+  faults::now.malloc_bytes = size;
   return fails(call::malloc) ? nullptr : __real_malloc(size);
 }
 
 void* __real_calloc(std::size_t count, std::size_t size);
 void* __wrap_calloc(std::size_t count, std::size_t size) {
+  faults::now.malloc_bytes = count * size;
   return fails(call::malloc) ? nullptr : __real_calloc(count, size);
 }
 
