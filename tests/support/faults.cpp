@@ -145,7 +145,17 @@ int __wrap_execl(const char* path, const char* argument, ...) {
 
 pid_t __real_waitpid(pid_t child, int* status, int options);
 pid_t __wrap_waitpid(pid_t child, int* status, int options) {
-  return fails(call::waitpid) ? -1 : done(__real_waitpid(child, status, options));
+  if (fails(call::waitpid)) {
+    // A wait fails for good only once the child has ended, so that what the child does is done. It
+    // stays to be waited for.
+    if (faults::now.error != EINTR) {
+      siginfo_t unused;
+      waitid(child > 0 ? P_PID : P_ALL, static_cast<id_t>(child), &unused, WEXITED | WNOWAIT);
+      errno = faults::now.error;
+    }
+    return -1;
+  }
+  return done(__real_waitpid(child, status, options));
 }
 
 int __real_unlink(const char* path);
