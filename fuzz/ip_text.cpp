@@ -68,7 +68,7 @@ void check_round_trip(std::uint32_t address) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string all{reinterpret_cast<const char*>(data), size};
-  const std::string text = all.c_str();  // up to a NUL, exactly as much
+  const std::string text = all.substr(0, all.find('\0'));
   constexpr std::uint32_t untouched = 0xDEADBEEF;
   std::uint32_t address = untouched;
   const std::int32_t result = translate_ip_to_u32(text.c_str(), &address);

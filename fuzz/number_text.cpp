@@ -53,7 +53,7 @@ reading naive_read(std::string text) {
 std::string hexadecimal(std::uint32_t number) {
   std::string text;
   for (int digits = 8; digits > 0; --digits, number /= 16) {
-    text = "0123456789abcdef"[number % 16] + text;
+    text.insert(text.begin(), "0123456789abcdef"[number % 16]);
   }
   return text;
 }
@@ -73,7 +73,7 @@ void check_round_trip(std::uint32_t number) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string all{reinterpret_cast<const char*>(data), size};
-  const std::string text = all.c_str();  // up to a NUL, exactly as much
+  const std::string text = all.substr(0, all.find('\0'));
   std::uint32_t number = 0xDEADBEEF;
   const std::uint32_t result = proreflax::cfc_str_to_u32(text.c_str(), &number);
   const reading expected = naive_read(text);
