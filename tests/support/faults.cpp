@@ -23,6 +23,7 @@ struct state {
   int error = 0;
   bool happened = false;
   int until_cut = 0;
+  std::size_t malloc_bytes = 0;
 };
 
 state now;
@@ -69,6 +70,10 @@ int calls(call kind) {
   return now.made[static_cast<std::size_t>(kind)];
 }
 
+std::size_t bytes_of_last_malloc() {
+  return now.malloc_bytes;
+}
+
 void reset() {
   now = {};
 }
@@ -83,11 +88,13 @@ extern "C" {
 
 void* __real_malloc(std::size_t size);
 void* __wrap_malloc(std::size_t size) {
+  faults::now.malloc_bytes = size;
   return fails(call::malloc) ? nullptr : __real_malloc(size);
 }
 
 void* __real_calloc(std::size_t count, std::size_t size);
 void* __wrap_calloc(std::size_t count, std::size_t size) {
+  faults::now.malloc_bytes = count * size;
   return fails(call::malloc) ? nullptr : __real_calloc(count, size);
 }
 
@@ -138,7 +145,17 @@ int __wrap_execl(const char* path, const char* argument, ...) {
 
 pid_t __real_waitpid(pid_t child, int* status, int options);
 pid_t __wrap_waitpid(pid_t child, int* status, int options) {
-  return fails(call::waitpid) ? -1 : done(__real_waitpid(child, status, options));
+  if (fails(call::waitpid)) {
+    // A wait fails for good only once the child has ended, so that what the child does is done. It
+    // stays to be waited for.
+    if (faults::now.error != EINTR) {
+      siginfo_t unused;
+      waitid(child > 0 ? P_PID : P_ALL, static_cast<id_t>(child), &unused, WEXITED | WNOWAIT);
+      errno = faults::now.error;
+    }
+    return -1;
+  }
+  return done(__real_waitpid(child, status, options));
 }
 
 int __real_unlink(const char* path);

@@ -13,6 +13,7 @@
 #define PROREFLAX_TESTS_SUPPORT_FAULTS_H
 
 #include <cerrno>
+#include <cstddef>
 
 namespace faults {
 
@@ -48,6 +49,9 @@ bool happened();
 
 /// How many calls of a kind were made since the last reset() or fail().
 int calls(call kind);
+
+/// How many bytes the last malloc or calloc asked for.
+std::size_t bytes_of_last_malloc();
 
 /// No more failures; counts start at 0.
 void reset();
