@@ -1,43 +1,17 @@
 // Any bytes as a configuration file. The loader must take and refuse what a naive reader takes and
 // refuses; what it took must be exported to the text that the naive reader's sections give, and that
 // text must load again to the same store.
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
 #include "fuzz/require.h"
-#include "store/ini_text.h"
+#include "fuzz/store_text.h"
 #include "store/section_store.h"
 #include "tests/store/naive_store.h"
 
 namespace {
-
-/// One file in memory, filled anew for every load.
-std::uint32_t load(std::string_view text) {
-  static const int file = memfd_create("ini_text", 0);
-  static const std::string path = "/proc/self/fd/" + std::to_string(file);
-  const bool filled = ftruncate(file, 0) == 0 && pwrite(file, text.data(), text.size(), 0) ==
-                                                     static_cast<ssize_t>(text.size());
-  require(filled, "the file in memory can be written");
-  return proreflax::config_load_file(path.c_str());
-}
-
-std::string exported() {
-  char* text = nullptr;
-  std::size_t size = 0;
-  std::FILE* const stream = open_memstream(&text, &size);
-  require(proreflax::config_export(&g_config_mgmt, stream) == 0, "a store in memory is exported");
-  std::fclose(stream);
-  std::string all{text, size};
-  std::free(text);
-  return all;
-}
 
 bool is_empty() {
   return g_config_mgmt.flags == 0 && g_config_mgmt.first == nullptr &&
@@ -47,8 +21,7 @@ bool is_empty() {
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-  // The export's notice is of no use here.
-  return std::freopen("/dev/null", "w", stdout) == nullptr ? 1 : 0;
+  return silence_export_notice() ? 0 : 1;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
