@@ -168,7 +168,11 @@ std::uint32_t __cfc_set_ip(int locked, const char* section, const char* key,
 
 std::uint32_t __cfc_set_string(int locked, const char* section, const char* key,
                                const char* value) {
-  return set_raw(locked, section, key, value, cfc_value_len(value));
+  const std::int32_t length = cfc_value_len(value);
+  if (length < 0) {
+    return CFC_ERR_BAD_ARGUMENT;
+  }
+  return set_raw(locked, section, key, value, length);
 }
 
 std::uint32_t __cfc_set_binary(int locked, const char* section, const char* key,

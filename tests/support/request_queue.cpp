@@ -4,6 +4,7 @@
 #include <sys/sem.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
@@ -69,7 +70,7 @@ bool request_queue::keys_in_use() {
 
 void request_queue::reply(const bytes& reply_text) const {
   message_buffer buffer{getpid() + 2, {}};
-  std::memcpy(buffer.text, reply_text.data(), reply_text.size());
+  std::copy(reply_text.begin(), reply_text.end(), buffer.text);
   if (msgsnd(queue_, &buffer, reply_text.size(), IPC_NOWAIT) != 0) {
     throw std::runtime_error("cannot put the reply on the queue");
   }
@@ -105,6 +106,10 @@ int request_queue::lock_value() const {
 
 void request_queue::set_lock_value(int value) const {
   semctl(lock_, 0, SETVAL, value);
+}
+
+int request_queue::waiting_for_lock() const {
+  return semctl(lock_, 0, GETNCNT);
 }
 
 void request_queue::remove_queue() {

@@ -61,6 +61,8 @@ class request_queue {
   /// 1 free, 0 held.
   int lock_value() const;
   void set_lock_value(int value) const;
+  /// How many processes wait for the lock.
+  int waiting_for_lock() const;
 
   void remove_queue();
   void remove_lock();
