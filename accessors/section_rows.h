@@ -109,20 +109,31 @@ constexpr row ip_row_of(std::string_view key, const char* name, std::size_t offs
 
 /// The key is the member's name, and for an array "[%d]" behind it.
 constexpr bool names_its_member(const row& each) {
-  std::string_view key = each.key;
-  if (each.member.is_array()) {
-    if (!key.ends_with("[%d]")) {
-      return false;
-    }
-    key.remove_suffix(4);
-  }
-  return key == each.member.name && is_key(each.member.name);
+  const std::string_view index = each.member.is_array() ? "[%d]" : "";
+  const std::string_view name = each.member.name;
+  return each.key.starts_with(name) && each.key.substr(name.size()) == index;
+}
+
+/// Characters that the longest index of an array adds to its name, brackets included.
+constexpr std::int32_t index_characters(const field& member) {
+  return !member.is_array() ? 0 : member.count > 100 ? 5 : member.count > 10 ? 4 : 3;
 }
 
 template <typename Section>
 constexpr bool keys_name_their_members() {
   for (const row& each : Section::rows) {
     if (!names_its_member(each)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+template <typename Section>
+constexpr bool keys_obey_their_rules() {
+  for (const row& each : Section::rows) {
+    const field& member = each.member;
+    if (!is_name_len(cfc_key_len(member.name) + index_characters(member), key_max)) {
       return false;
     }
   }
@@ -196,8 +207,10 @@ consteval std::size_t packed_bytes() {
 
 template <typename Section>
 consteval auto pack() {
-  static_assert(is_section_name(Section::name), "the name breaks the rules of section names");
+  static_assert(is_name_len(length_without(Section::name, is_line_break) + 1, section_name_max),
+                "the name breaks the rules of section names");
   static_assert(keys_name_their_members<Section>(), "a key is not the name of its member");
+  static_assert(keys_obey_their_rules<Section>(), "a key breaks the rules of keys");
   static_assert(members_are_in_order<Section>(), "the table skips, repeats or reorders a member");
   static_assert(every_member_has_a_row<Section>(), "the table lacks the record's last member");
   std::array<char, packed_bytes<Section>()> packed{};
