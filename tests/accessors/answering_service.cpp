@@ -9,6 +9,7 @@
 namespace {
 
 constexpr std::uint32_t set_opcode = 9;
+constexpr std::uint32_t flush_opcode = 12;
 constexpr std::size_t header_bytes = 16;  // of a message text
 
 struct message_buffer {
@@ -78,6 +79,11 @@ std::vector<std::string> answering_service::keys() {
   return keys;
 }
 
+int answering_service::flushes() const {
+  const std::lock_guard lock{mutex_};
+  return flushes_;
+}
+
 void answering_service::serve() {
   for (;;) {
     message_buffer buffer{};
@@ -97,8 +103,13 @@ void answering_service::serve() {
 
 bytes answering_service::answer(const bytes& request) {
   const std::lock_guard lock{mutex_};
+  const auto opcode = number_at<std::uint32_t>(request, 4);
+  if (opcode == flush_opcode) {
+    ++flushes_;
+    return row(own_reply_type(), u32(0), u32(0), u32(0));
+  }
   asked one;
-  one.is_set = number_at<std::uint32_t>(request, 4) == set_opcode;
+  one.is_set = opcode == set_opcode;
   one.section = text_at(request, number_at<std::uint16_t>(request, 8));
   one.key = text_at(request, number_at<std::uint16_t>(request, 10));
   if (one.is_set) {

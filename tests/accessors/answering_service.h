@@ -43,6 +43,9 @@ class answering_service {
   /// Their keys.
   std::vector<std::string> keys();
 
+  /// How often it was asked to write everything to flash.
+  int flushes() const;
+
   const request_queue& queue() const { return queue_; }
 
  private:
@@ -56,6 +59,7 @@ class answering_service {
   std::map<name, std::string> values_;
   std::map<name, std::uint32_t> refused_;
   std::vector<asked> asked_;
+  int flushes_ = 0;
   std::thread thread_;
 };
 
