@@ -3,6 +3,13 @@
 set(PROREFLAX_EXPORTS "${CMAKE_CURRENT_SOURCE_DIR}/cmake/proreflax.map")
 
 set(PROREFLAX_SOURCES
+  accessors/device_sections.cpp
+  accessors/mac_access_list.cpp
+  accessors/panel_sections.cpp
+  accessors/section_engine.cpp
+  accessors/section_table.cpp
+  accessors/time.cpp
+  accessors/wireless_sections.cpp
   transport/lock.cpp
   transport/message.cpp
   transport/raw_value.cpp
@@ -48,3 +55,13 @@ function(proreflax_add_library name root)
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
     LINK_DEPENDS "${PROREFLAX_EXPORTS}")
 endfunction()
+
+# The sections' tables and the engine that walks them, for programs that handle every section alike:
+# the library exports neither. Link it before the library, whose typed operations it calls.
+add_library(proreflax_section_tables STATIC EXCLUDE_FROM_ALL
+  accessors/section_engine.cpp
+  accessors/section_list.cpp
+  accessors/section_table.cpp)
+target_include_directories(proreflax_section_tables PUBLIC
+  "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/include")
+target_compile_options(proreflax_section_tables PRIVATE -fvisibility=hidden)
