@@ -22,13 +22,14 @@ static int show(const system_uts_info* names) {
 }
 
 static int change(system_uts_info* names, const char* hostname) {
+  const size_t bytes = strlen(hostname) + 1;
   uint32_t result;
-  if (strlen(hostname) >= sizeof names->hostname) {
+  if (bytes > sizeof names->hostname) {
     fprintf(stderr, "hostname: '%s' has more than %u characters\n", hostname,
             (unsigned)(sizeof names->hostname - 1));
     return 2;
   }
-  strcpy(names->hostname, hostname);
+  memcpy(names->hostname, hostname, bytes);
   result = gui_set_system_uts_info(names);
   if (result != CFC_OK) {
     return fail("cannot write section SYSTEMUTS", result);
