@@ -18,7 +18,9 @@
 namespace proreflax {
 namespace {
 
+// Faults that come of no damage: no save went here yet, or one that was cut short or undone.
 constexpr char missing[] = "missing";
+constexpr char unfinished[] = "unfinished";
 
 struct slot {
   const char* name;
@@ -46,7 +48,11 @@ bool condemns_slot(int error) {
   }
 }
 
-const char* fault_of_header(const slot_header& header, std::uint64_t file_bytes) {
+const char* fault_of_header(const slot_header_row& row, std::uint64_t file_bytes) {
+  if (row == slot_header_row{}) {
+    return unfinished;
+  }
+  const slot_header header = from_row(row);
   if (header.magic != slot_magic) {
     return "no header";
   }
@@ -83,8 +89,8 @@ bool judge(slot& each, remark& why) {
     each.fault = "not a regular file";
     return true;
   }
-  if (about.st_size < static_cast<off_t>(slot_header_bytes)) {
-    each.fault = "shorter than a header";
+  if (about.st_size < off_t{slot_header_bytes}) {
+    each.fault = about.st_size == 0 ? unfinished : "shorter than a header";
     return true;
   }
   slot_header_row row{};
@@ -92,7 +98,7 @@ bool judge(slot& each, remark& why) {
     return false;
   }
   each.header = from_row(row);
-  each.fault = fault_of_header(each.header, static_cast<std::uint64_t>(about.st_size));
+  each.fault = fault_of_header(row, static_cast<std::uint64_t>(about.st_size));
   return each.fault != nullptr || judge_text(each, why);
 }
 
@@ -282,7 +288,7 @@ bool flash::report_no_slot(remark& why) const {
 
 void flash::mention_broken(remark& why) const {
   for (const slot& each : slots_) {
-    if (!each.whole() && each.fault != missing) {
+    if (!each.whole() && each.fault != missing && each.fault != unfinished) {
       char reason[200];
       std::snprintf(reason, sizeof reason, "%s; the other slot was read", each.fault);
       why.about(each.file.path(), reason);

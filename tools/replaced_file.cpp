@@ -27,7 +27,7 @@ bool replaced_file::open(remark& why) {
     return false;
   }
   if (unlink(part_.text()) != 0 && errno != ENOENT) {
-    return why.about(part_.text(), errno);
+    return why.about(file_.path(), errno);
   }
   // O_EXCL: nobody else shall have it open, nor have put a link in its place.
   pending_ = file_.open(AT_FDCWD, part_.text(), O_WRONLY | O_CREAT | O_EXCL, why);

@@ -1,14 +1,19 @@
 #include "tests/support/faults.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/msg.h>
 #include <sys/sem.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
+#include <filesystem>
 #include <vector>
 
 namespace faults {
@@ -27,6 +32,29 @@ struct state {
 };
 
 state now;
+std::size_t longest_transfer = 0;
+std::vector<disk_effect>* noted = nullptr;
+
+std::size_t transfer_size(std::size_t wanted) {
+  return longest_transfer == 0 ? wanted : std::min(wanted, longest_transfer);
+}
+
+std::string path_of(int descriptor) {
+  return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor));
+}
+
+std::string path_in(int folder, const char* name) {
+  const std::filesystem::path path{name};
+  return path.is_absolute()
+             ? path
+             : (folder == AT_FDCWD ? std::filesystem::current_path() : path_of(folder) / path);
+}
+
+void note(const disk_effect& effect) {
+  if (noted != nullptr) {
+    noted->push_back(effect);
+  }
+}
 
 /// Counts a call; true when it is the one that shall fail, with errno set.
 bool fails(call kind) {
@@ -66,6 +94,14 @@ bool happened() {
   return now.happened;
 }
 
+void shorten_transfers(std::size_t most_bytes) {
+  longest_transfer = most_bytes;
+}
+
+void note_effects(std::vector<disk_effect>* effects) {
+  noted = effects;
+}
+
 int calls(call kind) {
   return now.made[static_cast<std::size_t>(kind)];
 }
@@ -83,6 +119,10 @@ void reset() {
 using faults::call;
 using faults::done;
 using faults::fails;
+using faults::note;
+using faults::path_in;
+using faults::path_of;
+using effect = faults::disk_effect::kind;
 
 extern "C" {
 
@@ -160,7 +200,14 @@ pid_t __wrap_waitpid(pid_t child, int* status, int options) {
 
 int __real_unlink(const char* path);
 int __wrap_unlink(const char* path) {
-  return fails(call::unlink) ? -1 : done(__real_unlink(path));
+  if (fails(call::unlink)) {
+    return -1;
+  }
+  const int result = __real_unlink(path);
+  if (result == 0) {
+    note({effect::removed, path_in(AT_FDCWD, path)});
+  }
+  return done(result);
 }
 
 std::FILE* __real_fopen(const char* path, const char* mode);
@@ -192,5 +239,115 @@ int __wrap_fclose(std::FILE* stream) {
     return EOF;
   }
   return done(__real_fclose(stream));
+}
+
+int __real_openat(int folder, const char* name, int flags, ...);
+int __wrap_openat(int folder, const char* name, int flags, ...) {
+  if (fails(call::openat)) {
+    return -1;
+  }
+  std::va_list rest;
+  va_start(rest, flags);
+  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
+  va_end(rest);
+  const bool there = faccessat(folder, name, F_OK, 0) == 0;
+  const int opened = __real_openat(folder, name, flags, mode);
+  if (opened != -1 && !there) {
+    note({effect::file_made, path_in(folder, name)});
+  }
+  return done(opened);
+}
+
+int __real_mkdirat(int folder, const char* name, mode_t mode);
+int __wrap_mkdirat(int folder, const char* name, mode_t mode) {
+  if (fails(call::mkdirat)) {
+    return -1;
+  }
+  const int result = __real_mkdirat(folder, name, mode);
+  if (result == 0) {
+    note({effect::folder_made, path_in(folder, name)});
+  }
+  return done(result);
+}
+
+int __real_flock(int descriptor, int operation);
+int __wrap_flock(int descriptor, int operation) {
+  return fails(call::flock) ? -1 : done(__real_flock(descriptor, operation));
+}
+
+int __real_fstat(int descriptor, struct stat* about);
+int __wrap_fstat(int descriptor, struct stat* about) {
+  return fails(call::fstat) ? -1 : done(__real_fstat(descriptor, about));
+}
+
+int __real_lstat(const char* path, struct stat* about);
+int __wrap_lstat(const char* path, struct stat* about) {
+  return fails(call::lstat) ? -1 : done(__real_lstat(path, about));
+}
+
+ssize_t __real_pread(int descriptor, void* bytes, std::size_t count, off_t offset);
+ssize_t __wrap_pread(int descriptor, void* bytes, std::size_t count, off_t offset) {
+  if (fails(call::pread)) {
+    return -1;
+  }
+  return done(__real_pread(descriptor, bytes, faults::transfer_size(count), offset));
+}
+
+ssize_t __real_pwrite(int descriptor, const void* bytes, std::size_t count, off_t offset);
+ssize_t __wrap_pwrite(int descriptor, const void* bytes, std::size_t count, off_t offset) {
+  if (fails(call::pwrite)) {
+    return -1;
+  }
+  const ssize_t put = __real_pwrite(descriptor, bytes, faults::transfer_size(count), offset);
+  if (put > 0) {
+    note({effect::written,
+          path_of(descriptor),
+          "",
+          static_cast<std::uint64_t>(offset),
+          {static_cast<const char*>(bytes), static_cast<std::size_t>(put)}});
+  }
+  return done(put);
+}
+
+int __real_ftruncate(int descriptor, off_t length);
+int __wrap_ftruncate(int descriptor, off_t length) {
+  if (fails(call::ftruncate)) {
+    return -1;
+  }
+  const int result = __real_ftruncate(descriptor, length);
+  if (result == 0) {
+    note({effect::emptied, path_of(descriptor)});
+  }
+  return done(result);
+}
+
+int __wrap_fsync(int descriptor) {
+  if (fails(call::fsync) || fcntl(descriptor, F_GETFD) == -1) {
+    return -1;
+  }
+  note({effect::synced, path_of(descriptor)});
+  return done(0);
+}
+
+int __real_rename(const char* from, const char* to);
+int __wrap_rename(const char* from, const char* to) {
+  if (fails(call::rename)) {
+    return -1;
+  }
+  const int result = __real_rename(from, to);
+  if (result == 0) {
+    note({effect::renamed, path_in(AT_FDCWD, from), path_in(AT_FDCWD, to)});
+  }
+  return done(result);
+}
+
+int __real_close(int descriptor);
+int __wrap_close(int descriptor) {
+  if (fails(call::close)) {
+    __real_close(descriptor);  // a descriptor whose close fails is closed all the same
+    errno = faults::now.error;
+    return -1;
+  }
+  return done(__real_close(descriptor));
 }
 }

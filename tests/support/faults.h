@@ -14,6 +14,9 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
 
 namespace faults {
 
@@ -33,6 +36,17 @@ enum class call {
   fwrite,
   fflush,
   fclose,
+  openat,
+  mkdirat,
+  flock,
+  fstat,
+  lstat,
+  pread,
+  pwrite,
+  ftruncate,
+  fsync,
+  rename,
+  close,
   kinds
 };
 
@@ -46,6 +60,24 @@ inline constexpr int exit_cut = 77;
 
 /// Whether the failure asked for has happened.
 bool happened();
+
+/// From now on pread and pwrite move at most so many bytes a call; 0: as many as they are asked to.
+void shorten_transfers(std::size_t most_bytes);
+
+/// A change that a call made to a disk, or a promise that what was changed is on it.
+struct disk_effect {
+  enum class kind { folder_made, file_made, emptied, written, renamed, removed, synced };
+  kind what;
+  std::string path;
+  std::string to = {};       // renamed: the new path
+  std::uint64_t offset = 0;  // written
+  std::string bytes = {};    // written
+};
+
+/// Notes the effects of the calls below in `effects`, until told nullptr. Paths are absolute.
+/// fsync never asks the disk in these programs: a disk that loses what was not synced is played by
+/// tests/support/power_cut.h, and waiting for a real one would prove nothing.
+void note_effects(std::vector<disk_effect>* effects);
 
 /// How many calls of a kind were made since the last reset() or fail().
 int calls(call kind);
