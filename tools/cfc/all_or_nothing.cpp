@@ -231,12 +231,12 @@ class transaction {
         each.former ? "could not be put back (" + in_words(restored.code, restored.sentence) + ")"
                     : "was not there before, and a key cannot be removed";
     each.result.left_behind = "section " + quoted(each.set()->section) + " key " +
-                              quoted(each.set()->key) + " " + why + ": it " + stays_with(held);
+                              quoted(each.set()->key) + " " + why + ": " + stays_with(held);
   }
 
   static std::string stays_with(const answer& held) {
-    return held.ok() ? "stays with " + quoted(std::get<std::string>(*held.value))
-                     : "holds what cannot be read (" + in_words(held.code, held.sentence) + ")";
+    return held.ok() ? "it stays with " + quoted(std::get<std::string>(*held.value))
+                     : "what it holds cannot be read (" + in_words(held.code, held.sentence) + ")";
   }
 
   outcome finish() {

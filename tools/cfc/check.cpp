@@ -89,16 +89,22 @@ void ini_check::line(std::string_view text) {
   ++line_number_;
   // A malformed header was meant as one: the entries below it are not blamed for it.
   header_seen_ = header_seen_ || text.starts_with('[');
+  if (text.ends_with('\n')) {
+    judge(text);
+    return;
+  }
+  const fault_row& row = row_of(line_fault::no_line_feed);
+  found(row.rule, std::string{row.sentence});
+  judge(std::string{text} + '\n');  // what else is wrong with it
+}
+
+void ini_check::judge(std::string_view text) {
   if (text.size() >= line_buffer_bytes) {
     found("line-too-long", "the line has " + std::to_string(text.size()) +
                                " bytes with its LF; the loader reads at most " +
                                std::to_string(line_buffer_bytes - 1));
     return;
   }
-  judge(text);
-}
-
-void ini_check::judge(std::string_view text) {
   std::array<char, line_buffer_bytes> buffer{};
   text.copy(buffer.data(), text.size());
   const ini_line line = read_ini_line(buffer.data());

@@ -44,6 +44,7 @@ class ini_check {
   bool gave_up() const { return faults_.size() >= most_faults; }
 
  private:
+  /// Of a line with its LF.
   void judge(std::string_view text);
   void found(std::string_view rule, std::string sentence);
   void require_section();

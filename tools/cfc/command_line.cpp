@@ -23,14 +23,14 @@ constexpr const char* exit_statuses =
     "A value, section or key that may begin with a dash goes behind \"--\": cfc set -- A b \"$x\"";
 
 constexpr bool is_option_of_set(std::string_view word) {
-  return word == "--type" || word.starts_with("--type=") || word == "--help" || word == "-h";
+  return word.starts_with("--type=") || word == "--help" || word == "-h";
 }
 
 /// The place of VALUE among the words of a `set`; the number of words when it has none.
 std::size_t place_of_value(const std::vector<std::string>& words) {
   std::size_t positionals = 0;
   for (std::size_t i = 1; i < words.size() && words[i] != "--"; ++i) {
-    if (words[i] == "--type") {
+    if (words[i] == "--type" || words[i] == "--type=") {
       ++i;
     } else if (!is_option_of_set(words[i]) && ++positionals == 3) {
       return i;
