@@ -1,0 +1,43 @@
+// Runs a program of the device as a process of its own and keeps what it wrote.
+#ifndef PROREFLAX_TESTS_TOOLS_CFC_RUN_PROGRAM_H
+#define PROREFLAX_TESTS_TOOLS_CFC_RUN_PROGRAM_H
+
+#include <sys/types.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// How a program ended: its exit status, or 128 and the signal that killed it.
+struct ended {
+  int status = 0;
+  std::string out;
+  std::string err;
+};
+
+/// A program that runs. It is killed if a test forgets to wait for it.
+class started_program {
+ public:
+  /// `path` is looked up in the device's programs unless it holds a slash. Output goes to
+  /// `out_path` instead of being kept, when one is given.
+  started_program(const std::string& path, std::vector<std::string> words,
+                  std::string_view input = {}, const char* out_path = nullptr);
+  ~started_program();
+  started_program(const started_program&) = delete;
+  started_program& operator=(const started_program&) = delete;
+
+  pid_t pid() const { return pid_; }
+  ended wait();
+
+ private:
+  int out_;
+  int err_;
+  pid_t pid_ = -1;
+};
+
+ended run_cfc(std::vector<std::string> words, std::string_view input = {});
+
+/// A text with its LF, as programs print it.
+std::string line(std::string_view text);
+
+#endif

@@ -1,0 +1,36 @@
+// The command line, read into the record of one command.
+//
+// A family of verbs adds its records to `any_command` here, its grammar to command_line.cpp, and a run()
+// of its own beside its records.
+#ifndef PROREFLAX_TOOLS_CFC_COMMAND_LINE_H
+#define PROREFLAX_TOOLS_CFC_COMMAND_LINE_H
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "tools/cfc/batch.h"
+#include "tools/cfc/check.h"
+#include "tools/cfc/exit_status.h"
+#include "tools/cfc/status.h"
+#include "tools/cfc/value_verbs.h"
+
+namespace cfc {
+
+using any_command = std::variant<store_command, batch_command, check_command, status_command>;
+
+/// A command, or a text to print instead: the help that was asked for (status done), or what is wrong
+/// with the line.
+struct parsed_line {
+  std::optional<any_command> command;
+  exit_status status = exit_status::done;
+  std::string text;
+};
+
+/// Reads the words behind the program's name.
+parsed_line parse_command_line(std::vector<std::string> words);
+
+}  // namespace cfc
+
+#endif

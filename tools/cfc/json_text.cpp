@@ -1,0 +1,163 @@
+// The only file that sees the JSON library: it is slow to compile.
+#include "tools/cfc/json_text.h"
+
+#include <nlohmann/json.hpp>
+
+#include "tools/cfc/result_text.h"
+
+namespace cfc {
+namespace {
+
+using json = nlohmann::ordered_json;
+
+std::string line_of(const json& object) {
+  return object.dump(-1, ' ', false, json::error_handler_t::replace);
+}
+
+bool is_utf8(const std::string& text) {
+  try {
+    return !json(text).dump().empty();
+  } catch (const json::type_error&) {
+    return false;
+  }
+}
+
+struct value_writer {
+  json& object;
+
+  void operator()(const std::string& text) const {
+    object["value"] = text;
+    if (!is_utf8(text)) {
+      object["bytes"] = show_value(binary_data{text.begin(), text.end()});
+    }
+  }
+  void operator()(std::uint32_t number) const { object["value"] = number; }
+  void operator()(ipv4_address address) const { object["value"] = show_value(address); }
+  void operator()(const binary_data& bytes) const { object["value"] = show_value(bytes); }
+};
+
+void add_value(json& object, const std::optional<typed_value>& value) {
+  if (value) {
+    std::visit(value_writer{object}, *value);
+  }
+}
+
+void add_code(json& object, std::uint32_t code, const std::string& sentence) {
+  object["code"] = code;
+  if (const std::string_view name = result_name(code); !name.empty()) {
+    object["name"] = name;
+  }
+  if (code != CFC_OK) {
+    object["message"] = sentence;
+  }
+}
+
+struct command_writer {
+  json& object;
+
+  void operator()(const get_command& get) const {
+    object["section"] = get.section;
+    object["key"] = get.key;
+    object["type"] = name_of(get.kind);
+  }
+  void operator()(const set_command& set) const {
+    object["section"] = set.section;
+    object["key"] = set.key;
+    object["type"] = name_of(set.kind);
+  }
+  void operator()(const register_command& application) const {
+    object["section"] = application.name;
+  }
+  void operator()(flush_command /*flush*/) const {}
+  void operator()(defaults_command /*defaults*/) const {}
+};
+
+void add_command(json& object, const batch_line& line) {
+  if (line.command) {
+    object["command"] = verb_of(*line.command);
+    std::visit(command_writer{object}, *line.command);
+  }
+}
+
+bool has_code(const batch_result& result) {
+  return result.state != line_state::skipped && result.line.fault.empty();
+}
+
+json object_of(const lock_status& lock) {
+  json object{{"present", lock.present}};
+  if (!lock.present || lock.error != 0) {
+    return object;
+  }
+  object["value"] = lock.value;
+  object["held"] = lock.value == 0;
+  if (lock.value == 0) {
+    object["holder"] = {{"pid", lock.holder}, {"name", lock.holder_name}};
+  }
+  object["waiting"] = lock.waiting;
+  return object;
+}
+
+json object_of(const queue_status& queue) {
+  json object{{"present", queue.present}};
+  if (queue.present && queue.error == 0) {
+    object["messages"] = queue.messages;
+    object["bytes"] = queue.bytes;
+  }
+  return object;
+}
+
+json object_of(const ini_fault& fault) {
+  json object;
+  if (fault.line != 0) {
+    object["line"] = fault.line;
+  }
+  object["rule"] = fault.rule;
+  object["message"] = fault.sentence;
+  return object;
+}
+
+}  // namespace
+
+std::string json_of(const get_command& get, const answer& result) {
+  json object;
+  command_writer{object}(get);
+  add_value(object, result.value);
+  add_code(object, result.code, result.sentence);
+  return line_of(object);
+}
+
+std::string json_of(const batch_result& result) {
+  json object{{"line", result.line.number}};
+  add_command(object, result.line);
+  object["state"] = name_of(result.state);
+  object["status"] = static_cast<int>(result.status);
+  add_value(object, result.given.value);
+  if (has_code(result)) {
+    add_code(object, result.given.code, result.given.sentence);
+  } else if (!result.line.fault.empty()) {
+    object["message"] = result.line.fault;
+  }
+  if (!result.left_behind.empty()) {
+    object["left_behind"] = result.left_behind;
+  }
+  return line_of(object);
+}
+
+std::string json_of(const check_report& report) {
+  json object{{"file", report.file}, {"accepted", report.accepted()}, {"faults", json::array()}};
+  for (const ini_fault& fault : report.faults) {
+    object["faults"].push_back(object_of(fault));
+  }
+  if (!report.failure.empty()) {
+    object["failure"] = report.failure;
+  }
+  return line_of(object);
+}
+
+std::string json_of(const status_report& report) {
+  json object{{"lock", object_of(report.lock)}, {"queue", object_of(report.queue)}};
+  add_code(object, report.code(), result_sentence(report.code()));
+  return line_of(object);
+}
+
+}  // namespace cfc

@@ -1,0 +1,96 @@
+# Completion of cfc for bash.
+#
+# Verbs, options and types are the program's. Sections and keys are those of the factory file: what an
+# application registered later cannot be known without asking the service, and a key press must not
+# wait for the device's lock. CFC_FACTORY_FILE names another factory file.
+
+# Adds what begins with $1 of the lines on standard input, written so that it is one word.
+_cfc_offer() {
+  local line
+  while IFS= read -r line; do
+    if [[ -n $line && $line == "$1"* ]]; then
+      COMPREPLY+=("$(printf '%q' "$line")")
+    fi
+  done
+}
+
+# The lines of the factory file.
+_cfc_factory() {
+  cat -- "${CFC_FACTORY_FILE:-/etc/config-file.ini}" 2>/dev/null
+}
+
+_cfc_sections() {
+  _cfc_factory | sed -n 's/^\[\(.*\)]$/\1/p' | sort -u
+}
+
+# The keys of section $1.
+_cfc_keys() {
+  local line section=
+  _cfc_factory | while IFS= read -r line; do
+    if [[ $line == \[*\] ]]; then
+      section=${line:1:-1}
+    elif [[ $section == "$1" && $line == ?*=* ]]; then
+      printf '%s\n' "${line%%=*}"
+    fi
+  done
+}
+
+_cfc_options() {
+  case $1 in
+    get) printf '%s\n' --help --type --json ;;
+    set) printf '%s\n' --help --type ;;
+    batch) printf '%s\n' --help --all-or-nothing --json ;;
+    check | status) printf '%s\n' --help --json ;;
+    register | flush | defaults) printf '%s\n' --help ;;
+    *) printf '%s\n' --help --version ;;
+  esac
+}
+
+_cfc_verbs() {
+  printf '%s\n' get set register flush defaults batch check status
+}
+
+# The words in front of the current one that are neither options nor their types, the verb first.
+_cfc_arguments() {
+  local i
+  arguments=()
+  for ((i = 1; i < COMP_CWORD; i++)); do
+    case ${COMP_WORDS[i]} in
+      --type)
+        [[ ${COMP_WORDS[i + 1]} == = ]] && i=$((i + 1))
+        i=$((i + 1))
+        ;;
+      --*) ;;
+      *) arguments+=("${COMP_WORDS[i]}") ;;
+    esac
+  done
+}
+
+_cfc_arguments_of() {
+  case $1:${#arguments[@]} in
+    get:1 | set:1) _cfc_offer "$2" < <(_cfc_sections) ;;
+    get:2 | set:2)
+      # Typed as a shell word, it may hold escapes.
+      _cfc_offer "$2" < <(_cfc_keys "${arguments[1]//\\/}")
+      ;;
+    batch:1 | check:1) _cfc_offer "$2" < <(compgen -f -- "$2") ;;
+  esac
+}
+
+_cfc() {
+  local current=$2 previous=${COMP_WORDS[COMP_CWORD - 1]} arguments
+  COMPREPLY=()
+  [[ $previous == = ]] && previous=${COMP_WORDS[COMP_CWORD - 2]}
+  _cfc_arguments
+  if [[ $previous == --type ]]; then
+    _cfc_offer "$current" < <(printf '%s\n' string u8 u16 u32 ip binary)
+  elif [[ $current == -* ]]; then
+    _cfc_offer "$current" < <(_cfc_options "${arguments[0]}")
+  elif ((${#arguments[@]} == 0)); then
+    _cfc_offer "$current" < <(_cfc_verbs)
+  else
+    _cfc_arguments_of "${arguments[0]}" "$current"
+  fi
+}
+
+complete -F _cfc cfc
