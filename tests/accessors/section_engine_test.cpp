@@ -7,13 +7,11 @@
 
 #include <algorithm>
 #include <cstring>
-#include <random>
 #include <string>
 #include <vector>
 
-#include "accessors/section_list.h"
-#include "tests/accessors/answering_service.h"
 #include "tests/support/faults.h"
+#include "tests/support/scripted_service.h"
 
 using namespace proreflax;
 using testing::Each;
@@ -95,7 +93,7 @@ class SectionEngine : public testing::Test {
     return {sample_keys.begin(), end + 1};
   }
 
-  answering_service service;
+  scripted_service service;
   sample record = untouched_sample();
 };
 
@@ -119,11 +117,11 @@ TEST_F(SectionEngine, reads_every_kind_into_its_member) {
 
 TEST_F(SectionEngine, writes_every_kind_in_its_text_form) {
   ASSERT_EQ(get(), 0U);
-  service.requests();
+  service.take_requests();
   ASSERT_EQ(set(), 0U);
   std::vector<std::string> values;
-  for (const asked& each : service.requests()) {
-    EXPECT_TRUE(each.is_set);
+  for (const seen_request& each : service.take_requests()) {
+    EXPECT_EQ(each.operation, 9U);
     values.push_back(each.value);
   }
   EXPECT_THAT(values, ElementsAreArray(sample_values));
@@ -131,9 +129,9 @@ TEST_F(SectionEngine, writes_every_kind_in_its_text_form) {
 
 TEST_F(SectionEngine, visits_the_keys_in_the_order_of_the_record) {
   ASSERT_EQ(get(), 0U);
-  EXPECT_THAT(service.keys(), ElementsAreArray(sample_keys));
+  EXPECT_THAT(service.take_keys(), ElementsAreArray(sample_keys));
   ASSERT_EQ(set(), 0U);
-  EXPECT_THAT(service.keys(), ElementsAreArray(sample_keys));
+  EXPECT_THAT(service.take_keys(), ElementsAreArray(sample_keys));
 }
 
 TEST_F(SectionEngine, writes_nothing_between_the_members) {
@@ -158,17 +156,17 @@ TEST_F(SectionEngine, takes_the_lock_once_holds_it_throughout_and_gives_it_back)
     faults::reset();
     ASSERT_EQ(reading ? get() : set(), 0U);
     EXPECT_EQ(faults::calls(faults::call::semop), 2);
-    EXPECT_THAT(service.requests(), Each(Field(&asked::lock_value, 0)));
-    EXPECT_EQ(service.queue().lock_value(), 1);
+    EXPECT_THAT(service.take_requests(), Each(Field(&seen_request::lock_held, true)));
+    EXPECT_EQ(service.lock_value(), 1);
   }
 }
 
 TEST_F(SectionEngine, gives_the_lock_back_after_a_failure) {
-  service.refuses("SAMPLE", "number", 208);
+  service.fails("SAMPLE", "number", 208);
   EXPECT_EQ(get(), 208U);
-  EXPECT_EQ(service.queue().lock_value(), 1);
+  EXPECT_EQ(service.lock_value(), 1);
   EXPECT_EQ(set(), 208U);
-  EXPECT_EQ(service.queue().lock_value(), 1);
+  EXPECT_EQ(service.lock_value(), 1);
 }
 
 TEST(SectionEngineWithoutService, without_the_lock_nothing_is_touched) {
@@ -193,13 +191,13 @@ TEST(SectionEngineWithoutService, without_the_queue_the_lock_is_given_back_once)
 TEST_F(SectionEngine, the_first_failing_scalar_ends_the_walk_with_its_code) {
   for (const char* key : {"byte", "word", "number", "address", "text", "bytes", "last"}) {
     ASSERT_EQ(get(), 0U);
-    service.requests();
-    service.refuses("SAMPLE", key, 217);
+    service.take_requests();
+    service.fails("SAMPLE", key, 217);
     EXPECT_EQ(get(), 217U) << key;
-    EXPECT_THAT(service.keys(), ElementsAreArray(keys_up_to(key)));
+    EXPECT_THAT(service.take_keys(), ElementsAreArray(keys_up_to(key)));
     EXPECT_EQ(set(), 217U) << key;
-    EXPECT_THAT(service.keys(), ElementsAreArray(keys_up_to(key)));
-    service.accepts("SAMPLE", key);
+    EXPECT_THAT(service.take_keys(), ElementsAreArray(keys_up_to(key)));
+    service.obeys();
   }
 }
 
@@ -218,7 +216,7 @@ TEST_F(SectionEngine, what_a_setter_wrote_before_a_failure_stands) {
   ASSERT_EQ(get(), 0U);
   record.byte = 7;
   record.last = 8;
-  service.refuses("SAMPLE", "number", 217);
+  service.fails("SAMPLE", "number", 217);
   EXPECT_EQ(set(), 217U);
   EXPECT_EQ(service.value("SAMPLE", "byte"), "0x07");
   EXPECT_EQ(service.value("SAMPLE", "last"), "0xff");
@@ -241,7 +239,7 @@ TEST_F(SectionEngine, a_failure_before_the_last_element_is_forgotten) {
   service.lacks("SAMPLE", "texts[0]");
   service.lacks("SAMPLE", "texts[1]");
   ASSERT_EQ(get(), 0U);
-  EXPECT_THAT(service.keys(), ElementsAreArray(sample_keys));
+  EXPECT_THAT(service.take_keys(), ElementsAreArray(sample_keys));
   EXPECT_EQ(static_cast<unsigned char>(record.texts[0][0]), untouched);
   EXPECT_STREQ(record.texts[2], "two");
   EXPECT_EQ(record.last, 0xFF);
@@ -250,14 +248,14 @@ TEST_F(SectionEngine, a_failure_before_the_last_element_is_forgotten) {
 TEST_F(SectionEngine, a_failure_of_the_last_element_ends_the_walk) {
   service.lacks("SAMPLE", "texts[2]");
   EXPECT_EQ(get(), 201U);
-  EXPECT_THAT(service.keys(), ElementsAreArray(keys_up_to("texts[2]")));
+  EXPECT_THAT(service.take_keys(), ElementsAreArray(keys_up_to("texts[2]")));
   EXPECT_STREQ(record.texts[0], "one");
   EXPECT_STREQ(record.texts[1], "");
   EXPECT_EQ(record.last, untouched);
 }
 
 TEST_F(SectionEngine, elements_behind_a_failing_one_are_still_visited) {
-  service.refuses("SAMPLE", "words[0]", 205);
+  service.fails("SAMPLE", "words[0]", 205);
   ASSERT_EQ(get(), 0U);
   EXPECT_EQ(record.words[0], 0xA5A5);
   EXPECT_EQ(record.words[1], 2);
@@ -265,68 +263,17 @@ TEST_F(SectionEngine, elements_behind_a_failing_one_are_still_visited) {
 
 TEST_F(SectionEngine, a_setter_goes_by_the_last_element_too) {
   ASSERT_EQ(get(), 0U);
-  service.requests();
-  service.refuses("SAMPLE", "texts[0]", 208);
+  service.take_requests();
+  service.fails("SAMPLE", "texts[0]", 208);
   EXPECT_EQ(set(), 0U);
-  EXPECT_THAT(service.keys(), ElementsAreArray(sample_keys));
-  service.refuses("SAMPLE", "texts[2]", 209);
+  EXPECT_THAT(service.take_keys(), ElementsAreArray(sample_keys));
+  service.fails("SAMPLE", "texts[2]", 209);
   EXPECT_EQ(set(), 209U);
-  EXPECT_THAT(service.keys(), ElementsAreArray(keys_up_to("texts[2]")));
+  EXPECT_THAT(service.take_keys(), ElementsAreArray(keys_up_to("texts[2]")));
 }
 
 TEST_F(SectionEngine, a_later_failure_of_the_same_array_decides) {
-  service.refuses("SAMPLE", "texts[1]", 208);
-  service.refuses("SAMPLE", "texts[2]", 209);
+  service.fails("SAMPLE", "texts[1]", 208);
+  service.fails("SAMPLE", "texts[2]", 209);
   EXPECT_EQ(get(), 209U);
-}
-
-// ---- All sections -------------------------------------------------------------------------------
-
-namespace {
-
-using record_bytes = std::vector<std::uint8_t>;
-std::mt19937 generator{20240607};
-
-int random_number(int from, int to) {
-  return std::uniform_int_distribution{from, to}(generator);
-}
-
-/// Printable characters, as many as there is room and a value may have.
-void fill_with_text(std::uint8_t* place, std::size_t capacity) {
-  const int length = random_number(0, static_cast<int>(std::min<std::size_t>(capacity - 1, 199)));
-  std::memset(place, 0, capacity);
-  for (int i = 0; i < length; ++i) {
-    place[i] = static_cast<std::uint8_t>(random_number(' ', '~'));
-  }
-}
-
-void fill_with_bytes(std::uint8_t* place, std::size_t count) {
-  std::generate_n(place, count, [] { return static_cast<std::uint8_t>(random_number(0, 255)); });
-}
-
-/// Every field filled, the gaps zero.
-record_bytes random_record(const listed_section& section) {
-  record_bytes record(section.record_bytes);
-  for (const field& each : section.table) {
-    for (std::size_t at = each.offset; at < each.end(); at += each.capacity) {
-      (each.kind == value_kind::text ? fill_with_text : fill_with_bytes)(&record[at],
-                                                                         each.capacity);
-    }
-  }
-  return record;
-}
-
-}  // namespace
-
-TEST(AllSections, a_random_record_written_and_read_back_is_the_same) {
-  answering_service service;
-  for (int round = 0; round < 3; ++round) {
-    for (const listed_section& each : all_sections()) {
-      const record_bytes written = random_record(each);
-      record_bytes read(written.size());
-      ASSERT_EQ(set_section(each.table, written.data()), 0U) << each.table.name();
-      ASSERT_EQ(get_section(each.table, read.data()), 0U) << each.table.name();
-      EXPECT_EQ(read, written) << each.table.name();
-    }
-  }
 }

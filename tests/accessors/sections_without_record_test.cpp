@@ -6,8 +6,8 @@
 #include <cstring>
 #include <string>
 
-#include "tests/accessors/answering_service.h"
 #include "tests/support/faults.h"
+#include "tests/support/scripted_service.h"
 
 using testing::Each;
 using testing::ElementsAre;
@@ -29,11 +29,11 @@ class SectionsWithoutRecord : public testing::Test {
   /// The lock was taken once, held for each request, and is free again.
   void expect_one_hold() {
     EXPECT_EQ(faults::calls(faults::call::semop), 2);
-    EXPECT_THAT(service.requests(), Each(Field(&asked::lock_value, 0)));
-    EXPECT_EQ(service.queue().lock_value(), 1);
+    EXPECT_THAT(service.take_requests(), Each(Field(&seen_request::lock_held, true)));
+    EXPECT_EQ(service.lock_value(), 1);
   }
 
-  answering_service service;
+  scripted_service service;
   char name[32] = "old name";
   char password[32] = "old password";
   std::uint32_t address = 1;
@@ -48,7 +48,7 @@ TEST_F(SectionsWithoutRecord, web_login_is_read_name_first_under_one_lock) {
   EXPECT_STREQ(password, "secret");
   expect_one_hold();
   EXPECT_EQ(gui_get_web_password(name, password), 0U);
-  EXPECT_THAT(service.keys(), ElementsAre("user_name", "password"));
+  EXPECT_THAT(service.take_keys(), ElementsAre("user_name", "password"));
 }
 
 TEST_F(SectionsWithoutRecord, web_login_is_written_name_first_under_one_lock) {
@@ -57,7 +57,7 @@ TEST_F(SectionsWithoutRecord, web_login_is_written_name_first_under_one_lock) {
   EXPECT_EQ(service.value("WEBLOG", "password"), "");
   expect_one_hold();
   EXPECT_EQ(gui_set_web_password("root", ""), 0U);
-  EXPECT_THAT(service.keys(), ElementsAre("user_name", "password"));
+  EXPECT_THAT(service.take_keys(), ElementsAre("user_name", "password"));
 }
 
 TEST_F(SectionsWithoutRecord, web_login_reader_refuses_null_with_1_and_leaves_the_lock_alone) {
@@ -65,15 +65,19 @@ TEST_F(SectionsWithoutRecord, web_login_reader_refuses_null_with_1_and_leaves_th
   EXPECT_EQ(gui_get_web_password(name, nullptr), 1U);
   EXPECT_EQ(gui_get_web_password(nullptr, nullptr), 1U);
   EXPECT_EQ(faults::calls(faults::call::semget), 0);
+  EXPECT_EQ(faults::calls(faults::call::semop), 0);
+  EXPECT_THAT(service.take_keys(), IsEmpty());
   EXPECT_STREQ(name, "old name");
+  EXPECT_STREQ(password, "old password");
 }
 
 TEST_F(SectionsWithoutRecord, web_login_writer_leaves_null_to_the_typed_operations) {
   EXPECT_EQ(gui_set_web_password(nullptr, "x"), 204U);
-  EXPECT_THAT(service.keys(), IsEmpty());
+  EXPECT_EQ(faults::calls(faults::call::semop), 2);
+  EXPECT_THAT(service.take_keys(), IsEmpty());
   EXPECT_EQ(gui_set_web_password("x", nullptr), 204U);
-  EXPECT_THAT(service.keys(), ElementsAre("user_name"));
-  EXPECT_EQ(service.queue().lock_value(), 1);
+  EXPECT_THAT(service.take_keys(), ElementsAre("user_name"));
+  EXPECT_EQ(service.lock_value(), 1);
 }
 
 TEST_F(SectionsWithoutRecord, web_login_texts_have_room_for_31_characters) {
@@ -84,16 +88,16 @@ TEST_F(SectionsWithoutRecord, web_login_texts_have_room_for_31_characters) {
   EXPECT_EQ(gui_get_web_password(name, password), 212U);
   EXPECT_EQ(password, std::string(31, 'p'));
   service.holds("WEBLOG", "user_name", std::string(32, 'q'));
-  service.requests();
+  service.take_requests();
   EXPECT_EQ(gui_get_web_password(name, password), 212U);
-  EXPECT_THAT(service.keys(), ElementsAre("user_name"));
+  EXPECT_THAT(service.take_keys(), ElementsAre("user_name"));
 }
 
 TEST_F(SectionsWithoutRecord, web_login_stops_at_the_first_failure) {
-  service.refuses("WEBLOG", "user_name", 208);
+  service.fails("WEBLOG", "user_name", 208);
   EXPECT_EQ(gui_get_web_password(name, password), 208U);
   EXPECT_EQ(gui_set_web_password("a", "b"), 208U);
-  EXPECT_THAT(service.keys(), ElementsAre("user_name", "user_name"));
+  EXPECT_THAT(service.take_keys(), ElementsAre("user_name", "user_name"));
   EXPECT_STREQ(password, "old password");
 }
 
@@ -110,7 +114,7 @@ TEST_F(SectionsWithoutRecord, lan_addresses_are_written_as_dotted_quads_under_on
   EXPECT_EQ(service.value("LAN", "LanNetmask"), "255.0.0.0");
   expect_one_hold();
   EXPECT_EQ(gui_set_lan_ip_setting(0, 0), 0U);
-  EXPECT_THAT(service.keys(), ElementsAre("LanIPAddr", "LanNetmask"));
+  EXPECT_THAT(service.take_keys(), ElementsAre("LanIPAddr", "LanNetmask"));
 }
 
 TEST_F(SectionsWithoutRecord, lan_addresses_stop_at_the_first_failure) {
@@ -118,9 +122,9 @@ TEST_F(SectionsWithoutRecord, lan_addresses_stop_at_the_first_failure) {
   EXPECT_EQ(gui_get_lan_ip_setting(&address, &netmask), 0xFFFFFFFFU);
   EXPECT_EQ(address, 1U);
   EXPECT_EQ(netmask, 2U);
-  service.refuses("LAN", "LanIPAddr", 208);
+  service.fails("LAN", "LanIPAddr", 208);
   EXPECT_EQ(gui_set_lan_ip_setting(0, 0), 208U);
-  EXPECT_THAT(service.keys(), ElementsAre("LanIPAddr", "LanIPAddr"));
+  EXPECT_THAT(service.take_keys(), ElementsAre("LanIPAddr", "LanIPAddr"));
 }
 
 TEST_F(SectionsWithoutRecord, lan_null_arguments_are_refused_in_their_turn) {
@@ -128,13 +132,16 @@ TEST_F(SectionsWithoutRecord, lan_null_arguments_are_refused_in_their_turn) {
   EXPECT_EQ(netmask, 2U);
   EXPECT_EQ(gui_get_lan_ip_setting(&address, nullptr), 204U);
   EXPECT_EQ(address, 0xC0A83E01U);
-  EXPECT_EQ(service.queue().lock_value(), 1);
+  EXPECT_EQ(service.lock_value(), 1);
 }
 
 TEST(SectionsWithoutRecordOrService, pass_the_failure_to_lock_on) {
   char text[32] = "kept";
   std::uint32_t address = 1;
   EXPECT_EQ(gui_get_web_password(text, text), 230U);
+  EXPECT_EQ(gui_get_web_password(nullptr, text), 1U);
+  EXPECT_EQ(gui_get_web_password(text, nullptr), 1U);
+  EXPECT_EQ(gui_set_web_password(nullptr, nullptr), 230U);
   EXPECT_EQ(gui_set_web_password("a", "b"), 230U);
   EXPECT_EQ(gui_get_lan_ip_setting(&address, &address), 230U);
   EXPECT_EQ(gui_set_lan_ip_setting(1, 2), 230U);
@@ -159,5 +166,5 @@ TEST_F(SectionsWithoutRecord, single_texts_are_read_and_written_as_they_are) {
 TEST_F(SectionsWithoutRecord, single_texts_of_200_characters_are_not_sent) {
   EXPECT_EQ(set_device_cfg(std::string(200, 'o').c_str()), 204U);
   EXPECT_EQ(gui_set_sysbase_info(std::string(200, 'o').c_str()), 204U);
-  EXPECT_THAT(service.keys(), IsEmpty());
+  EXPECT_THAT(service.take_keys(), IsEmpty());
 }

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/accessors/answering_service.h"
 #include "tests/support/faults.h"
+#include "tests/support/scripted_service.h"
 
 using namespace proreflax;
 using testing::IsEmpty;
@@ -39,7 +39,7 @@ class LocalTime : public testing::Test {
     return gui_get_offsetTime();
   }
 
-  answering_service service;
+  scripted_service service;
 };
 
 }  // namespace
@@ -124,7 +124,7 @@ TEST_F(LocalTime, the_section_is_read_under_one_lock) {
   faults::reset();
   gui_get_offsetTime();
   EXPECT_EQ(faults::calls(faults::call::semop), 2);
-  EXPECT_EQ(service.queue().lock_value(), 1);
+  EXPECT_EQ(service.lock_value(), 1);
 }
 
 TEST(LocalTimeWithoutService, the_offset_is_0_at_load) {
@@ -295,5 +295,5 @@ TEST_F(LocalTime, six_entry_points_do_nothing_but_return_their_constant) {
   }
   EXPECT_EQ(something, 7);
   EXPECT_EQ(faults::calls(faults::call::semget), 0);
-  EXPECT_THAT(service.keys(), IsEmpty());
+  EXPECT_THAT(service.take_keys(), IsEmpty());
 }

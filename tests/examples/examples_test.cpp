@@ -1,13 +1,18 @@
 // The examples, run as the programs that they are.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdio>
+#include <stdexcept>
 #include <string>
 
-#include "tests/accessors/answering_service.h"
+#include "tests/support/scripted_service.h"
+
+using testing::Contains;
+using testing::Field;
 
 namespace {
 
@@ -24,7 +29,7 @@ class Examples : public testing::TestWithParam<const char*> {
     }
   }
 
-  answering_service service;
+  scripted_service service;
 };
 
 /// A program of the examples with its output in a pipe. Ended when this is destroyed.
@@ -95,7 +100,7 @@ TEST_P(Examples, changes_the_host_name_and_flushes) {
   EXPECT_EQ(program.wait(), 0);
   EXPECT_EQ(service.value("SYSTEMUTS", "hostname"), "garden");
   EXPECT_EQ(service.value("SYSTEMUTS", "realm_name"), "Network Camera");
-  EXPECT_EQ(service.flushes(), 1);
+  EXPECT_THAT(service.take_requests(), Contains(Field(&seen_request::operation, 12U)).Times(1));
 }
 
 TEST_P(Examples, refuses_a_name_that_does_not_fit) {
