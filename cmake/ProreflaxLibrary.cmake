@@ -21,7 +21,13 @@ set(PROREFLAX_SOURCES
   store/child_process.cpp
   store/ini_text.cpp
   store/life_cycle.cpp
-  store/section_store.cpp)
+  store/section_store.cpp
+  wireless/associate.cpp
+  wireless/event_log.cpp
+  wireless/fixed_answers.cpp
+  wireless/mac_text.cpp
+  wireless/proc_file.cpp
+  wireless/status.cpp)
 list(TRANSFORM PROREFLAX_SOURCES PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
 
 # proreflax_add_library(NAME ROOT)
