@@ -4,13 +4,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "fuzz/naive_mac.h"
+#include "fuzz/naive_number.h"
 #include "fuzz/require.h"
 #include "wireless/driver_text.h"
 
@@ -36,7 +36,7 @@ naive_log naive_read(const std::string& text) {
     log.result = 1;
     return log;
   }
-  log.count = std::atoi(text.substr(13).c_str());
+  log.count = naive_number(text.substr(13).c_str());
   const std::size_t first_newline = text.find('\n');
   if (log.count >= 1 && first_newline == std::string::npos) {
     log.count = 0;
@@ -44,7 +44,7 @@ naive_log naive_read(const std::string& text) {
   std::size_t row = first_newline + 7;
   for (int i = 0; i < log.count; ++i) {
     naive_event& event = log.events.emplace_back();
-    event.number = std::atoi(from(text, row).c_str());
+    event.number = naive_number(from(text, row).c_str());
     const std::size_t colon = row < text.size() ? text.find(':', row) : std::string::npos;
     if (colon == std::string::npos) {
       log.result = 1;

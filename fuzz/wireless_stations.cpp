@@ -4,13 +4,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "fuzz/naive_mac.h"
+#include "fuzz/naive_number.h"
 #include "fuzz/require.h"
 #include "wireless/driver_text.h"
 
@@ -34,7 +34,7 @@ bool naive_read(const std::string& text, std::vector<naive_station>& stations) {
   for (row += header.size(); row < whole.size(); row = whole.find('\n', row) + 1) {
     naive_station& station = stations.emplace_back();
     naive_mac(from(whole, row + 5), station.mac);
-    station.number = std::atoi(from(whole, row + 29).c_str());
+    station.number = naive_number(from(whole, row + 29).c_str());
   }
   return true;
 }

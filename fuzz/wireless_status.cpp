@@ -3,12 +3,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <memory>
 #include <string>
 
+#include "fuzz/naive_number.h"
 #include "fuzz/require.h"
 #include "wireless/driver_text.h"
 
@@ -57,7 +57,7 @@ void check_number(const naive_status& status, const char* key, std::uint32_t fie
   const auto value = status.values.find(key);
   const auto expected = value == status.values.end()
                             ? 0xDEADBEEF
-                            : static_cast<std::uint32_t>(std::atoi(value->second.c_str()));
+                            : static_cast<std::uint32_t>(naive_number(value->second.c_str()));
   require(field == expected, "both readers give the same number");
 }
 

@@ -6,9 +6,9 @@
 // "Assocation" is what the driver prints and is kept, on purpose.
 #include <proreflax/wireless.h>
 
-#include <cstdlib>
 #include <cstring>
 
+#include "wireless/decimal_text.h"
 #include "wireless/driver_text.h"
 #include "wireless/mac_text.h"
 #include "wireless/proc_file.h"
@@ -24,19 +24,21 @@ constexpr std::size_t number_column = 29;
 
 static_assert(proc_buf_capacity - 1 - header_length == WLS_ASSOCIATE_ROWS_MAX);
 
-/// Ends the text behind its last newline: what follows is a row that was cut off.
-void drop_cut_row(char* text) {
+/// Ends the text behind its last newline, as what follows is a row that was cut off, and returns
+/// that end.
+const char* drop_cut_row(char* text) {
   std::size_t length = std::strlen(text);
   while (length > 0 && text[length - 1] != '\n') {
     --length;
   }
   text[length] = '\0';
+  return text + length;
 }
 
 }  // namespace
 
 std::uint32_t parse_wls_associate(char* text, wls_associate_entry* table, int* count) {
-  drop_cut_row(text);
+  const char* const end = drop_cut_row(text);
   const char* row = std::strstr(text, header);
   if (row == nullptr) {
     return CFC_FAILED;
@@ -44,8 +46,8 @@ std::uint32_t parse_wls_associate(char* text, wls_associate_entry* table, int* c
   row += header_length;
   int rows = 0;
   for (; *row != '\0' && rows < WLS_ASSOCIATE_ROWS_MAX; ++rows) {
-    static_cast<void>(parse_mac_text(ahead(row, mac_column), table[rows].mac));
-    table[rows].number = std::atoi(ahead(row, number_column));
+    static_cast<void>(parse_mac_text(ahead(row, mac_column, end), table[rows].mac));
+    table[rows].number = decimal_number(ahead(row, number_column, end));
     row = std::strchr(row, '\n') + 1;
   }
   *count = rows;

@@ -8,9 +8,9 @@
 #include <proreflax/wireless.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
+#include "wireless/decimal_text.h"
 #include "wireless/driver_text.h"
 #include "wireless/mac_text.h"
 #include "wireless/proc_file.h"
@@ -33,17 +33,18 @@ static_assert(message_length_max < WLS_MESSAGE_SIZE);
 
 /// Reads the message that begins at `text` and returns where the next row begins: behind a newline,
 /// or at the end of the text.
-const char* read_message(const char* text, wls_event_log_entry* entry) {
-  const std::size_t length = std::strcspn(text, "\n");
-  const std::size_t kept = std::min(length, message_length_max);
+const char* read_message(const char* text, const char* end, wls_event_log_entry* entry) {
+  const void* const newline = std::memchr(text, '\n', left(text, end));
+  const char* const stop = newline == nullptr ? end : static_cast<const char*>(newline);
+  const std::size_t kept = std::min(left(text, stop), message_length_max);
   std::memcpy(entry->message, text, kept);
   entry->message[kept] = '\0';
-  return ahead(text + length, 1);
+  return ahead(stop, 1, end);
 }
 
 /// Reads the row at `text` and returns where the next one begins; null when the row holds no ':'.
-const char* read_row(const char* text, wls_event_log_entry* entry) {
-  entry->number = std::atoi(text);
+const char* read_row(const char* text, const char* end, wls_event_log_entry* entry) {
+  entry->number = decimal_number(text);
   const char* const colon = std::strchr(text, ':');
   if (colon == nullptr) {
     return nullptr;
@@ -51,16 +52,17 @@ const char* read_row(const char* text, wls_event_log_entry* entry) {
   // A row's lead stands in front of it, so there always are two characters before the ':'.
   const char* const mac = colon - 2;
   static_cast<void>(parse_mac_text(mac, entry->mac));
-  return read_message(ahead(mac, mac_text_length), entry);
+  return read_message(ahead(mac, mac_text_length, end), end, entry);
 }
 
 }  // namespace
 
 std::uint32_t parse_wls_event_log(const char* text, int* count, wls_event_log_entry* table) {
-  if (strnlen(text, label_length + 1) <= label_length) {
+  const char* const end = text + std::strlen(text);
+  if (left(text, end) <= label_length) {
     return CFC_FAILED;
   }
-  *count = std::atoi(text + label_length);
+  *count = decimal_number(text + label_length);
   if (*count < 1) {
     return CFC_OK;
   }
@@ -69,14 +71,14 @@ std::uint32_t parse_wls_event_log(const char* text, int* count, wls_event_log_en
     *count = 0;
     return CFC_OK;
   }
-  const char* row = ahead(newline + 1, lead_length);
+  const char* row = ahead(newline, 1 + lead_length, end);
   const int rows = std::min(*count, WLS_EVENT_LOG_ROWS_MAX);
   for (int i = 0; i < rows; ++i) {
-    row = read_row(row, &table[i]);
+    row = read_row(row, end, &table[i]);
     if (row == nullptr) {
       return CFC_FAILED;
     }
-    if (strnlen(row, lead_length + 1) <= lead_length) {
+    if (left(row, end) <= lead_length) {
       return CFC_OK;
     }
     row += lead_length;

@@ -6,9 +6,9 @@
 #include <proreflax/wireless.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
+#include "wireless/decimal_text.h"
 #include "wireless/driver_text.h"
 #include "wireless/proc_file.h"
 
@@ -34,7 +34,11 @@ constexpr counter counters[] = {
 };
 
 bool begins_with(const char* name, const char* key) {
-  return std::strncmp(name, key, std::strlen(key)) == 0;
+  while (*key != '\0' && *name == *key) {
+    ++name;
+    ++key;
+  }
+  return *key == '\0';
 }
 
 template <std::size_t Size>
@@ -55,10 +59,11 @@ void parse_wls_status_field(wls_11g_status* status, const char* name, const char
     copy_text(status->mac_addr, value);
     return;
   }
-  const auto number = static_cast<std::uint32_t>(std::atoi(value));
+  // No name begins with the keys of two counters, as no key begins with another.
   for (const counter& each : counters) {
     if (begins_with(name, each.name)) {
-      status->*each.field = number;
+      status->*each.field = static_cast<std::uint32_t>(decimal_number(value));
+      return;
     }
   }
 }

@@ -13,7 +13,7 @@
  * Threads      The texts pass through one buffer of the process: one thread at a time.
  * Blocking     As long as the driver takes to print its text; nothing is waited for.
  * Numbers      Decimal, as atoi() reads them: leading white space and a sign are allowed, 0 where
- *              there is no digit. The driver prints no number above 2147483647.
+ *              there is no digit. One out of the range of 32 signed bits gives the nearest in it.
  */
 #ifndef PROREFLAX_WIRELESS_H
 #define PROREFLAX_WIRELESS_H
