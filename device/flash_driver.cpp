@@ -1,13 +1,13 @@
-// The flash driver of a development machine: a plain file under "/dev/flash" of the device's folder,
-// made when it is first opened.
+// The flash driver of a development machine: a plain file under "/dev/flash" of the device's
+// folder, made when it is first opened.
 //
-// "/etc/flash-regions" tells the base address and the regions, one a line; it is read anew for every
-// request, so that it can be edited while programs run. Nothing is written outside a region: a
-// position must lie in one, and a write must end in it.
+// "/etc/flash-regions" tells the base address and the regions, one a line; it is read anew for
+// every request, so that it can be edited while programs run. Nothing is written outside a region:
+// a position must lie in one, and a write must end in it.
 //
 // PROREFLAX_FLASH_FAIL makes calls fail: "seek" every one, "write:2" the second of its kind since
-// the device was opened. The kinds are open, close, region, base, seek, write, and short for a write
-// that takes all bytes but the last. A close that fails closes all the same.
+// the device was opened. The kinds are open, close, region, base, seek, write, and short for a
+// write that takes all bytes but the last. A close that fails closes all the same.
 //
 // No library that ships has any of this: see firmware/flash_device.h.
 #include <fcntl.h>
@@ -101,7 +101,8 @@ bool find_region(std::uint32_t kind, region* found) {
   return false;
 }
 
-/// Whether the bytes from one offset on all lie in one region. An offset alone is a stretch of none.
+/// Whether the bytes from one offset on all lie in one region. An offset alone is a stretch of
+/// none.
 bool inside_a_region(std::uint64_t offset, std::uint64_t length) {
   unsigned base = 0;
   region_table table;

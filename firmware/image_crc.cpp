@@ -8,8 +8,9 @@
 // All remainders are kept as they lie in memory, least significant byte first, so that a word is
 // loaded and folded in without turning it round on a big-endian machine.
 //
-// Cost in constants: 4 KiB with one lane, 5 KiB with more. One lane is what suits the 32-bit target,
-// which does one thing at a time; the number for 64-bit machines was found by measuring (bench/).
+// Cost in constants: 4 KiB with one lane, 5 KiB with more. One lane is what suits the 32-bit
+// target, which does one thing at a time; the number for 64-bit machines was found by measuring
+// (bench/).
 #include "firmware/image_crc.h"
 
 #include <bit>
@@ -41,8 +42,8 @@ constexpr std::uint32_t behind_first(std::uint32_t word) {
   return little_endian ? word >> 8 : word << 8;
 }
 
-// Rows of the tables: the remainder of a word's n-th byte at the end of a round, and that of one byte
-// a byte later, which with one lane is the same as that of a word's last byte.
+// Rows of the tables: the remainder of a word's n-th byte at the end of a round, and that of one
+// byte a byte later, which with one lane is the same as that of a word's last byte.
 constexpr std::size_t one_byte_row = lanes == 1 ? step_bytes - 1 : step_bytes;
 constexpr std::size_t rows = one_byte_row + 1;
 

@@ -3,9 +3,9 @@
 // A multi-file image holds, behind its header, a table of part sizes that a zero ends, then the
 // parts, each on the next 4-byte boundary and each a whole image, which may hold parts in turn.
 //
-// Sizes come from outside: all sums are made in 64 bits, where four bytes each cannot overflow them.
-// A hostile image cannot make this expensive. Parts of one image do not overlap, so each level of
-// nesting costs one pass over the bytes, and the levels are limited.
+// Sizes come from outside: all sums are made in 64 bits, where four bytes each cannot overflow
+// them. A hostile image cannot make this expensive. Parts of one image do not overlap, so each
+// level of nesting costs one pass over the bytes, and the levels are limited.
 #include "firmware/image_write.h"
 
 #include <proreflax/firmware.h>

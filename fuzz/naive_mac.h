@@ -1,5 +1,5 @@
-// A MAC address as a naive reader takes it from a place of a text: as far as it is well formed, over
-// what was there before.
+// A MAC address as a naive reader takes it from a place of a text: as far as it is well formed,
+// over what was there before.
 #ifndef PROREFLAX_FUZZ_NAIVE_MAC_H
 #define PROREFLAX_FUZZ_NAIVE_MAC_H
 

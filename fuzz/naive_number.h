@@ -1,5 +1,5 @@
-// A decimal number as a naive reader takes it: what the C library makes of it in 64 bits, brought into
-// the range of 32.
+// A decimal number as a naive reader takes it: what the C library makes of it in 64 bits, brought
+// into the range of 32.
 #ifndef PROREFLAX_FUZZ_NAIVE_NUMBER_H
 #define PROREFLAX_FUZZ_NAIVE_NUMBER_H
 

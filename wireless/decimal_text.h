@@ -1,9 +1,10 @@
-// Decimal numbers as the driver prints them, read as atoi() reads them: white space, one sign, digits,
-// and 0 where there is none.
+// Decimal numbers as the driver prints them, read as atoi() reads them: white space, one sign,
+// digits, and 0 where there is none.
 //
-// Not atoi() itself: it leaves open what a number out of range gives. Here that is the nearest number
-// in range, on every platform, which is what the device's C library gives. A caller also spares the
-// base, the locale and the errno of the general conversion, which take longer than all else in a row.
+// Not atoi() itself: it leaves open what a number out of range gives. Here that is the nearest
+// number in range, on every platform, which is what the device's C library gives. A caller also
+// spares the base, the locale and the errno of the general conversion, which take longer than all
+// else in a row.
 #ifndef PROREFLAX_WIRELESS_DECIMAL_TEXT_H
 #define PROREFLAX_WIRELESS_DECIMAL_TEXT_H
 

@@ -37,7 +37,9 @@ const char* read_message(const char* text, const char* end, wls_event_log_entry*
   const void* const newline = std::memchr(text, '\n', left(text, end));
   const char* const stop = newline == nullptr ? end : static_cast<const char*>(newline);
   const std::size_t kept = std::min(left(text, stop), message_length_max);
-  std::memcpy(entry->message, text, kept);
+  // Not memcpy(): knowing the bound, compilers expand that into a string instruction, which takes
+  // longer to start than the rest of the row.
+  std::copy_n(text, kept, entry->message);
   entry->message[kept] = '\0';
   return ahead(stop, 1, end);
 }

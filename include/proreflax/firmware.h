@@ -2,15 +2,15 @@
  * Checking a firmware image and writing it to flash.
  *
  * An image is held in memory as a whole: a header of 64 bytes, then its data. A kernel is written
- * with its header, a ramdisk without; a multi-file image holds further images, which are written one
- * by one. docs/firmware-image.md draws the format, whose checksum is this device's own.
+ * with its header, a ramdisk without; a multi-file image holds further images, which are written
+ * one by one. docs/firmware-image.md draws the format, whose checksum is this device's own.
  *
  * Codes        Beside CFC_OK only CFC_ERR_FW_TOO_BIG to CFC_ERR_FW_WRITE. An image wrong in several
  *              ways is reported by the first of: too big, device, short, magic, type, header
  *              checksum, data size, data checksum, part table; then, part by part, the part's own
  *              faults, its region, the region's size, position, write.
- * Image        Is only read, never beyond its size, and need not be aligned. Null counts as an image
- *              of no bytes.
+ * Image        Is only read, never beyond its size, and need not be aligned. Null counts as an
+ *              image of no bytes.
  * Lock         No function here touches the access lock or talks to the configuration service.
  * Threads      One update at a time in a process: the open device is a variable of the process.
  * Blocking     As long as the flash takes to write, minutes perhaps. The checksums of an image are

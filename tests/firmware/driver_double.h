@@ -1,5 +1,5 @@
-// A double of the flash driver: the requests to a file that stands for the flash device are answered
-// here, and remembered.
+// A double of the flash driver: the requests to a file that stands for the flash device are
+// answered here, and remembered.
 #ifndef PROREFLAX_TESTS_FIRMWARE_DRIVER_DOUBLE_H
 #define PROREFLAX_TESTS_FIRMWARE_DRIVER_DOUBLE_H
 
