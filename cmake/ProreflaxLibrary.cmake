@@ -10,6 +10,10 @@ set(PROREFLAX_SOURCES
   accessors/section_table.cpp
   accessors/time.cpp
   accessors/wireless_sections.cpp
+  firmware/image_check.cpp
+  firmware/image_crc.cpp
+  firmware/image_write.cpp
+  firmware/placeholders.cpp
   transport/lock.cpp
   transport/message.cpp
   transport/raw_value.cpp
@@ -21,15 +25,26 @@ set(PROREFLAX_SOURCES
   store/child_process.cpp
   store/ini_text.cpp
   store/life_cycle.cpp
-  store/section_store.cpp)
+  store/section_store.cpp
+  wireless/associate.cpp
+  wireless/event_log.cpp
+  wireless/fixed_answers.cpp
+  wireless/mac_text.cpp
+  wireless/proc_file.cpp
+  wireless/status.cpp)
 list(TRANSFORM PROREFLAX_SOURCES PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
 
-# proreflax_add_library(NAME ROOT)
+# proreflax_add_library(NAME ROOT [FLASH source])
 #
 # Makes the shared library NAME with ROOT in front of every path of the device, and NAME_objects, its
-# parts, for tests that look inside.
+# parts, for tests that look inside. FLASH is what firmware is written through: the calls of the
+# device's own driver unless another source is named.
 function(proreflax_add_library name root)
-  add_library(${name}_objects OBJECT ${PROREFLAX_SOURCES})
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "FLASH" "")
+  if(NOT arg_FLASH)
+    set(arg_FLASH firmware/flash_device.cpp)
+  endif()
+  add_library(${name}_objects OBJECT ${PROREFLAX_SOURCES} "${PROJECT_SOURCE_DIR}/${arg_FLASH}")
   target_include_directories(${name}_objects PUBLIC
     "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/include")
   target_compile_definitions(${name}_objects PUBLIC PROREFLAX_DEVICE_ROOT="${root}")

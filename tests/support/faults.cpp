@@ -341,6 +341,36 @@ int __wrap_rename(const char* from, const char* to) {
   return done(result);
 }
 
+int __real_open(const char* path, int flags, ...);
+int __wrap_open(const char* path, int flags, ...) {
+  if (fails(call::open)) {
+    return -1;
+  }
+  mode_t mode = 0;
+  if ((flags & O_CREAT) != 0) {
+    std::va_list rest;
+    va_start(rest, flags);
+    mode = va_arg(rest, mode_t);
+    va_end(rest);
+  }
+  return done(__real_open(path, flags, mode));
+}
+
+ssize_t __real_read(int descriptor, void* buffer, std::size_t size);
+ssize_t __wrap_read(int descriptor, void* buffer, std::size_t size) {
+  return fails(call::read) ? -1 : done(__real_read(descriptor, buffer, size));
+}
+
+off_t __real_lseek(int descriptor, off_t offset, int whence);
+off_t __wrap_lseek(int descriptor, off_t offset, int whence) {
+  return fails(call::lseek) ? -1 : done(__real_lseek(descriptor, offset, whence));
+}
+
+ssize_t __real_write(int descriptor, const void* data, std::size_t size);
+ssize_t __wrap_write(int descriptor, const void* data, std::size_t size) {
+  return fails(call::write) ? -1 : done(__real_write(descriptor, data, size));
+}
+
 int __real_close(int descriptor);
 int __wrap_close(int descriptor) {
   if (fails(call::close)) {

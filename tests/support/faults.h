@@ -46,6 +46,10 @@ enum class call {
   ftruncate,
   fsync,
   rename,
+  open,
+  read,
+  lseek,
+  write,
   close,
   kinds
 };

@@ -1,0 +1,15 @@
+// Whether a firmware image is whole and meant for this device.
+#ifndef PROREFLAX_FIRMWARE_IMAGE_CHECK_H
+#define PROREFLAX_FIRMWARE_IMAGE_CHECK_H
+
+#include <cstdint>
+
+namespace proreflax {
+
+/// Checks the header and both checksums; of a multi-file image, not the parts. 0, or 233 to 238 for
+/// the first fault. The image is not changed, and not read beyond its size.
+std::uint32_t image_check_header(const std::uint8_t* image, std::uint32_t size);
+
+}  // namespace proreflax
+
+#endif

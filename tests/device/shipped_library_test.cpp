@@ -1,0 +1,46 @@
+// The driver over a plain file belongs to a development machine: what ships has none of it.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace {
+
+std::string contents_of(const char* path) {
+  std::ifstream file{path, std::ios::binary};
+  return {std::istreambuf_iterator<char>{file}, {}};
+}
+
+bool holds(const char* library, const std::string& text) {
+  return contents_of(library).find(text) != std::string::npos;
+}
+
+/// Whether a library asks the C library for a function.
+bool needs(const char* library, const std::string& function) {
+  const std::string command =
+      "nm -D --undefined-only '" + std::string{library} + "' | grep -q ' " + function + "\\b'";
+  return std::system(command.c_str()) == 0;
+}
+
+}  // namespace
+
+TEST(ShippedLibrary, knows_no_region_file_and_no_wish_to_fail) {
+  for (const char* text : {"flash-regions", "PROREFLAX_FLASH_FAIL"}) {
+    EXPECT_TRUE(holds(DEVICE_LIBRARY, text)) << text;
+    EXPECT_FALSE(holds(SHIPPED_LIBRARY, text)) << text;
+  }
+}
+
+TEST(ShippedLibrary, asks_the_driver_of_the_device_itself) {
+  ASSERT_TRUE(needs(SHIPPED_LIBRARY, "lseek")) << "nm does not tell what the library needs";
+  EXPECT_TRUE(needs(SHIPPED_LIBRARY, "ioctl"));
+  EXPECT_FALSE(needs(DEVICE_LIBRARY, "ioctl"));
+  EXPECT_FALSE(needs(SHIPPED_LIBRARY, "getenv"));
+}
+
+TEST(ShippedLibrary, has_no_folder_of_the_build_tree_in_front_of_the_flash) {
+  EXPECT_TRUE(holds(SHIPPED_LIBRARY, std::string{"\0/dev/flash\0", 12}));
+  EXPECT_FALSE(holds(SHIPPED_LIBRARY, PROREFLAX_DEVICE_ROOT "/dev/flash"));
+  EXPECT_TRUE(holds(DEVICE_LIBRARY, PROREFLAX_DEVICE_ROOT "/dev/flash"));
+}

@@ -1,0 +1,136 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <proreflax/wireless.h>
+
+#include <string>
+
+#include "tests/support/device_root.h"
+#include "tests/support/guarded_memory.h"
+#include "wireless/driver_text.h"
+
+using namespace proreflax;
+using testing::ElementsAre;
+
+namespace {
+
+const std::string header = "Ralink Assocation Table\n";
+const std::string first_row = "[01] 00:0C:43:28:60:11   AID  1 PSM 0\n";
+const std::string second_row = "[02] 00:0C:43:28:60:12   AID 12\n";
+
+constexpr int untouched = static_cast<int>(0xA5A5A5A5);
+
+/// A table whose bytes are all set, with a guarded page right behind its last row.
+class Associate : public testing::Test {
+ protected:
+  std::uint32_t parse(std::string_view characters) {
+    return parse_wls_associate(text_memory.text(characters), table, &count);
+  }
+
+  guarded_memory text_memory{8192};
+  guarded_memory table_memory{sizeof(wls_associate_entry) * WLS_ASSOCIATE_ROWS_MAX};
+  wls_associate_entry* table = table_memory.records<wls_associate_entry>(WLS_ASSOCIATE_ROWS_MAX);
+  int count = untouched;
+};
+
+}  // namespace
+
+TEST_F(Associate, gives_address_and_number_of_each_row_and_their_count) {
+  EXPECT_EQ(parse("anything=1\n" + header + first_row + second_row), 0U);
+  EXPECT_EQ(count, 2);
+  EXPECT_THAT(table[0].mac, ElementsAre(0x00, 0x0C, 0x43, 0x28, 0x60, 0x11));
+  EXPECT_EQ(table[0].number, 1);
+  EXPECT_THAT(table[1].mac, ElementsAre(0x00, 0x0C, 0x43, 0x28, 0x60, 0x12));
+  EXPECT_EQ(table[1].number, 12);
+  EXPECT_EQ(table[2].number, untouched);
+}
+
+TEST_F(Associate, null_gives_1) {
+  EXPECT_EQ(gui_get_wls_associate(nullptr, &count), 1U);
+  EXPECT_EQ(gui_get_wls_associate(table, nullptr), 1U);
+  EXPECT_EQ(count, untouched);
+}
+
+TEST_F(Associate, without_its_header_gives_1) {
+  EXPECT_EQ(parse("anything=1\n" + first_row), 1U);
+  EXPECT_EQ(parse(""), 1U);
+  EXPECT_EQ(count, untouched);
+}
+
+TEST_F(Associate, header_in_the_dictionary_form_of_the_word_gives_1) {
+  EXPECT_EQ(parse("Ralink Association Table\n" + first_row), 1U);
+}
+
+TEST_F(Associate, header_must_be_followed_by_its_newline_at_once) {
+  EXPECT_EQ(parse("Ralink Assocation Table \n" + first_row), 1U);
+  EXPECT_EQ(parse("Ralink Assocation Table"), 1U);
+}
+
+TEST_F(Associate, table_without_rows_gives_0_and_a_count_of_0) {
+  EXPECT_EQ(parse(header), 0U);
+  EXPECT_EQ(count, 0);
+}
+
+TEST_F(Associate, row_that_is_cut_off_is_left_out) {
+  EXPECT_EQ(parse(header + first_row + second_row.substr(0, second_row.size() - 1)), 0U);
+  EXPECT_EQ(count, 1);
+  EXPECT_EQ(table[1].number, untouched);
+}
+
+TEST_F(Associate, file_larger_than_4095_bytes_loses_its_partial_last_row_alone) {
+  device_root::clear();
+  std::string characters = header;
+  while (characters.size() < 4500) {
+    characters += first_row;
+  }
+  device_root::write("/proc/wireless", characters);
+  EXPECT_EQ(gui_get_wls_associate(table, &count), 0U);
+  EXPECT_EQ(count, static_cast<int>((4095 - header.size()) / first_row.size()));
+  EXPECT_EQ(table[count - 1].number, 1);
+  EXPECT_EQ(table[count].number, untouched);
+}
+
+TEST_F(Associate, text_without_any_newline_gives_1_and_is_not_left_at_its_start) {
+  for (const char* characters : {"x", "xyz", "xyzw", "Ralink Assocation Table"}) {
+    EXPECT_EQ(parse(characters), 1U);
+    guarded_memory page_wide{static_cast<std::size_t>(sysconf(_SC_PAGESIZE))};
+    const std::string filling(static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) - 1, 'x');
+    EXPECT_EQ(parse_wls_associate(page_wide.text(filling), table, &count), 1U);
+  }
+}
+
+TEST_F(Associate, malformed_address_keeps_the_row_and_fills_what_came_before) {
+  EXPECT_EQ(parse(header + "[01] 00:0C:4x:28:60:11   AID  1\n" + second_row), 0U);
+  EXPECT_EQ(count, 2);
+  EXPECT_THAT(table[0].mac, ElementsAre(0x00, 0x0C, 0xA5, 0xA5, 0xA5, 0xA5));
+  EXPECT_EQ(table[0].number, 1);
+}
+
+TEST_F(Associate, short_last_row_is_a_row_without_address_and_number) {
+  EXPECT_EQ(parse(header + first_row + "[02]\n"), 0U);
+  EXPECT_EQ(count, 2);
+  EXPECT_THAT(table[1].mac, ElementsAre(0, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5));
+  EXPECT_EQ(table[1].number, 0);
+}
+
+TEST_F(Associate, every_prefix_of_a_text_stays_inside_text_and_table) {
+  const std::string whole = header + first_row + second_row;
+  for (std::size_t length = 0; length <= whole.size(); ++length) {
+    EXPECT_EQ(parse(whole.substr(0, length)), length < header.size() ? 1U : 0U) << length;
+  }
+  EXPECT_EQ(count, 2);
+}
+
+TEST_F(Associate, densest_text_fills_the_table_to_its_last_row_and_no_further) {
+  EXPECT_EQ(parse(header + std::string(4095 - header.size(), '\n')), 0U);
+  EXPECT_EQ(count, WLS_ASSOCIATE_ROWS_MAX);
+  EXPECT_EQ(table[WLS_ASSOCIATE_ROWS_MAX - 1].number, 0);
+  EXPECT_EQ(parse(header + std::string(5000, '\n')), 0U);
+  EXPECT_EQ(count, WLS_ASSOCIATE_ROWS_MAX);
+}
+
+TEST_F(Associate, text_ends_at_a_nul) {
+  std::string characters = header + first_row + second_row;
+  characters[characters.find("[02]")] = '\0';
+  EXPECT_EQ(parse(characters), 0U);
+  EXPECT_EQ(count, 1);
+}

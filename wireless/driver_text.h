@@ -1,0 +1,29 @@
+// The three texts of the wireless driver, once they are in memory: what the exported readers do
+// behind the reading of the file.
+//
+// A text ends at its first NUL, and nothing behind that is looked at. Outputs and results are those
+// of the exported readers; no argument may be null.
+#ifndef PROREFLAX_WIRELESS_DRIVER_TEXT_H
+#define PROREFLAX_WIRELESS_DRIVER_TEXT_H
+
+#include <proreflax/wireless.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace proreflax {
+
+/// Splits the text in place: NULs replace '=' and newline of each line.
+std::uint32_t parse_wls_status(char* text, wls_11g_status* status);
+
+/// Stores one value under every field whose name the line's name begins with.
+void parse_wls_status_field(wls_11g_status* status, const char* name, const char* value);
+
+std::uint32_t parse_wls_event_log(const char* text, int* count, wls_event_log_entry* table);
+
+/// Ends the text behind its last newline.
+std::uint32_t parse_wls_associate(char* text, wls_associate_entry* table, int* count);
+
+}  // namespace proreflax
+
+#endif

@@ -1,0 +1,103 @@
+// The driver's event log: a first line that announces the number of events, then a row each.
+//
+//     Event count: 2                            the number stands from the 14th character on
+//     [log] 1 00:0C:43:28:60:11 associated      6 characters lead a row; number, address, message
+//
+// The announced number is handed to the caller as it is. Rows are bounded by the text all the same,
+// so the table's size bounds nothing that a text could hold; the loop looks at it to be sure.
+#include <proreflax/wireless.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "wireless/decimal_text.h"
+#include "wireless/driver_text.h"
+#include "wireless/mac_text.h"
+#include "wireless/proc_file.h"
+#include "wireless/text_position.h"
+
+namespace proreflax {
+namespace {
+
+constexpr std::size_t label_length = 13;
+constexpr std::size_t lead_length = 6;
+constexpr std::size_t message_length_max = 79;
+
+// A row takes at least what lies between the ':' of its address and the message, then a newline and
+// the next row's lead.
+constexpr std::size_t distance_to_message = mac_text_length - 2;
+constexpr std::size_t row_distance = distance_to_message + 1 + lead_length;
+constexpr std::size_t rows_room = proc_buf_capacity - 1 - (1 + lead_length);
+static_assert((rows_room + row_distance - 1) / row_distance == WLS_EVENT_LOG_ROWS_MAX);
+static_assert(message_length_max < WLS_MESSAGE_SIZE);
+
+/// Reads the message that begins at `text` and returns where the next row begins: behind a newline,
+/// or at the end of the text.
+const char* read_message(const char* text, const char* end, wls_event_log_entry* entry) {
+  const void* const newline = std::memchr(text, '\n', left(text, end));
+  const char* const stop = newline == nullptr ? end : static_cast<const char*>(newline);
+  const std::size_t kept = std::min(left(text, stop), message_length_max);
+  // Not memcpy(): knowing the bound, compilers expand that into a string instruction, which takes
+  // longer to start than the rest of the row.
+  std::copy_n(text, kept, entry->message);
+  entry->message[kept] = '\0';
+  return ahead(stop, 1, end);
+}
+
+/// Reads the row at `text` and returns where the next one begins; null when the row holds no ':'.
+const char* read_row(const char* text, const char* end, wls_event_log_entry* entry) {
+  entry->number = decimal_number(text);
+  const char* const colon = std::strchr(text, ':');
+  if (colon == nullptr) {
+    return nullptr;
+  }
+  // A row's lead stands in front of it, so there always are two characters before the ':'.
+  const char* const mac = colon - 2;
+  static_cast<void>(parse_mac_text(mac, entry->mac));
+  return read_message(ahead(mac, mac_text_length, end), end, entry);
+}
+
+}  // namespace
+
+std::uint32_t parse_wls_event_log(const char* text, int* count, wls_event_log_entry* table) {
+  const char* const end = text + std::strlen(text);
+  if (left(text, end) <= label_length) {
+    return CFC_FAILED;
+  }
+  *count = decimal_number(text + label_length);
+  if (*count < 1) {
+    return CFC_OK;
+  }
+  const char* const newline = std::strchr(text, '\n');
+  if (newline == nullptr) {
+    *count = 0;
+    return CFC_OK;
+  }
+  const char* row = ahead(newline, 1 + lead_length, end);
+  const int rows = std::min(*count, WLS_EVENT_LOG_ROWS_MAX);
+  for (int i = 0; i < rows; ++i) {
+    row = read_row(row, end, &table[i]);
+    if (row == nullptr) {
+      return CFC_FAILED;
+    }
+    if (left(row, end) <= lead_length) {
+      return CFC_OK;
+    }
+    row += lead_length;
+  }
+  return CFC_OK;
+}
+
+}  // namespace proreflax
+
+using namespace proreflax;
+
+std::uint32_t gui_get_wls_event_log_table(int* count, wls_event_log_entry* table) {
+  char* text = nullptr;
+  std::size_t length = 0;
+  if (count == nullptr || table == nullptr ||
+      read_proc_file(event_log_file, &text, &length) != CFC_OK) {
+    return CFC_FAILED;
+  }
+  return parse_wls_event_log(text, count, table);
+}
