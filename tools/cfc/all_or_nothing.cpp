@@ -217,8 +217,8 @@ class transaction {
   }
 
   static void undo_line(step& each) {
-    const answer restored =
-        each.former ? cfc::carry_out(*each.former, lock_flag::held) : answer{CFC_ERR_NO_KEY};
+    const answer restored = each.former ? cfc::carry_out(*each.former, lock_flag::held)
+                                        : answer{.code = CFC_ERR_NO_KEY};
     if (restored.ok()) {
       if (each.result.state == line_state::done) {
         each.result.state = line_state::undone;
