@@ -15,6 +15,7 @@
 
 #include "tools/cfc/name_rules.h"
 #include "tools/cfc/result_text.h"
+#include "tools/cfc/status.h"
 
 namespace cfc {
 namespace {
@@ -127,16 +128,24 @@ class transaction {
   // ---- with the lock held ----
 
   void carry_out_with_lock() {
+    if (service_was_killed()) {
+      give_up(CFC_ERR_NO_SEM, std::string{killed_service});
+      return;
+    }
     const access_lock lock;
     if (!lock.held()) {
-      first_ = status_of(lock.result());
-      summary_ = in_words(lock.result(), result_sentence(lock.result())) + "; nothing was changed";
+      give_up(lock.result(), result_sentence(lock.result()));
       return;
     }
     read_former_values();
     if (no_failure()) {
       carry_out_lines();
     }
+  }
+
+  void give_up(std::uint32_t code, const std::string& sentence) {
+    first_ = status_of(code);
+    summary_ = in_words(code, sentence) + "; nothing was changed";
   }
 
   void read_former_values() {
@@ -208,8 +217,8 @@ class transaction {
   }
 
   static void undo_line(step& each) {
-    const answer restored =
-        each.former ? cfc::carry_out(*each.former, lock_flag::held) : answer{CFC_ERR_NO_KEY};
+    const answer restored = each.former ? cfc::carry_out(*each.former, lock_flag::held)
+                                        : answer{.code = CFC_ERR_NO_KEY};
     if (restored.ok()) {
       if (each.result.state == line_state::done) {
         each.result.state = line_state::undone;

@@ -83,6 +83,13 @@ bool has_code(const batch_result& result) {
   return result.state != line_state::skipped && result.line.fault.empty();
 }
 
+json object_of(const service_status& service) {
+  if (service.state != service_status::life::alive) {
+    return {{"alive", service.state == service_status::life::dead ? json(false) : json(nullptr)}};
+  }
+  return {{"alive", true}, {"pid", service.process}, {"name", service.name}};
+}
+
 json object_of(const lock_status& lock) {
   json object{{"present", lock.present}};
   if (!lock.present || lock.error != 0) {
@@ -155,8 +162,10 @@ std::string json_of(const check_report& report) {
 }
 
 std::string json_of(const status_report& report) {
-  json object{{"lock", object_of(report.lock)}, {"queue", object_of(report.queue)}};
-  add_code(object, report.code(), result_sentence(report.code()));
+  json object{{"service", object_of(report.service)},
+              {"lock", object_of(report.lock)},
+              {"queue", object_of(report.queue)}};
+  add_code(object, report.code(), report.sentence());
   return line_of(object);
 }
 

@@ -27,6 +27,19 @@ int ask_lock(int id, int command) {
   return semctl(id, proreflax::lock_semaphore, command);
 }
 
+service_status look_at_marker() {
+  const int id = semget(proreflax::CFC_SEM_KEY, 0, 0);
+  const int value = id == -1 ? -1 : semctl(id, proreflax::marker_semaphore, GETVAL);
+  if (value == -1) {
+    return {};
+  }
+  if (value == 0) {
+    return {.state = service_status::life::dead};
+  }
+  const int process = semctl(id, proreflax::marker_semaphore, GETPID);
+  return {.state = service_status::life::alive, .process = process, .name = process_name(process)};
+}
+
 /// Removed between two looks: not there.
 bool has_gone(int error) {
   return error == EINVAL || error == EIDRM;
@@ -61,18 +74,17 @@ queue_status look_at_queue() {
   return {.present = true, .messages = state.msg_qnum, .bytes = state.__msg_cbytes};
 }
 
-std::string show_holder(const lock_status& lock) {
-  if (lock.holder <= 0) {
+std::string show_process(int id, const std::string& name) {
+  if (id <= 0) {
     return "a process that cannot be seen from here";
   }
-  const std::string process = "process " + std::to_string(lock.holder);
-  return lock.holder_name.empty() ? process + ", which no longer runs"
-                                  : process + " (" + printable(lock.holder_name) + ")";
+  const std::string process = "process " + std::to_string(id);
+  return name.empty() ? process + ", which no longer runs" : process + " (" + printable(name) + ")";
 }
 
 std::string show_value(const lock_status& lock) {
   if (lock.value == 0) {
-    return "held by " + show_holder(lock);
+    return "held by " + show_process(lock.holder, lock.holder_name);
   }
   return lock.value == 1
              ? "free"
@@ -82,7 +94,7 @@ std::string show_value(const lock_status& lock) {
 }  // namespace
 
 std::uint32_t status_report::code() const {
-  if (!lock.present) {
+  if (!lock.present || service.state == service_status::life::dead) {
     return CFC_ERR_NO_SEM;
   }
   if (!queue.present) {
@@ -91,8 +103,29 @@ std::uint32_t status_report::code() const {
   return static_cast<std::uint32_t>(lock.error != 0 ? lock.error : queue.error);
 }
 
-status_report look_at_service() {
-  return {look_at_lock(), look_at_queue()};
+std::string status_report::sentence() const {
+  const bool killed = lock.present && service.state == service_status::life::dead;
+  return killed ? std::string{killed_service} : result_sentence(code());
+}
+
+status_report look_at_device() {
+  return {look_at_marker(), look_at_lock(), look_at_queue()};
+}
+
+bool service_was_killed() {
+  return look_at_marker().state == service_status::life::dead;
+}
+
+std::string show_service(const service_status& service) {
+  switch (service.state) {
+    case service_status::life::alive:
+      return "service: " + show_process(service.process, service.name);
+    case service_status::life::dead:
+      return "service: killed, with its lock left behind";
+    case service_status::life::unknown:
+      break;
+  }
+  return "service: nothing tells whether it runs";
 }
 
 std::string show_lock(const lock_status& lock) {
@@ -118,16 +151,17 @@ std::string show_queue(const queue_status& queue) {
 }
 
 exit_status run(const status_command& command, output& out) {
-  const status_report report = look_at_service();
+  const status_report report = look_at_device();
   if (command.json) {
     out.result(json_of(report));
   } else {
+    out.result(show_service(report.service));
     out.result(show_lock(report.lock));
     out.result(show_queue(report.queue));
   }
   const std::uint32_t code = report.code();
   if (code != CFC_OK) {
-    out.complain("cfc: status: " + in_words(code, result_sentence(code)));
+    out.complain("cfc: status: " + in_words(code, report.sentence()));
   }
   return status_of(code);
 }

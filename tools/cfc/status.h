@@ -1,13 +1,15 @@
-// status: whether the service's lock and queue are there, who holds the lock, how much waits.
+// status: whether the service lives, whether its lock and queue are there, who holds the lock, how
+// much waits.
 //
 // It only looks: it never takes the lock and never sends, so it answers at once whatever state the
-// device is in. A service that was killed leaves both behind; that they are there does not prove that
-// it runs, and messages that keep waiting are the sign that it does not.
+// device is in. A service that was killed leaves lock and queue behind, but not its marker, which the
+// kernel lowers for it.
 #ifndef PROREFLAX_TOOLS_CFC_STATUS_H
 #define PROREFLAX_TOOLS_CFC_STATUS_H
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "tools/cfc/exit_status.h"
 #include "tools/cfc/output.h"
@@ -16,6 +18,13 @@ namespace cfc {
 
 struct status_command {
   bool json = false;
+};
+
+struct service_status {
+  enum class life { unknown, dead, alive };
+  life state = life::unknown;  // unknown where lock or marker are not there or not to be looked at
+  int process = 0;             // only while it is alive; 0 when it cannot be told
+  std::string name;            // empty when the process is gone
 };
 
 struct lock_status {
@@ -35,15 +44,27 @@ struct queue_status {
 };
 
 struct status_report {
+  service_status service;
   lock_status lock;
   queue_status queue;
 
-  /// CFC_OK, CFC_ERR_NO_SEM, CFC_ERR_NO_MSQ, or the errno of what could not be looked at.
+  /// CFC_OK, CFC_ERR_NO_SEM (also for a lock that a killed service left), CFC_ERR_NO_MSQ, or the
+  /// errno of what could not be looked at.
   std::uint32_t code() const;
+  /// The sentence to a code other than CFC_OK.
+  std::string sentence() const;
 };
 
-status_report look_at_service();
+status_report look_at_device();
 
+/// Whether a service was killed and left its lock behind: whoever asked it would wait for ever.
+bool service_was_killed();
+
+/// What a request is told then.
+inline constexpr std::string_view killed_service =
+    "config-center does not run: it was killed, and left its lock behind";
+
+std::string show_service(const service_status& service);
 std::string show_lock(const lock_status& lock);
 std::string show_queue(const queue_status& queue);
 

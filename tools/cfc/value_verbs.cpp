@@ -7,6 +7,7 @@
 #include "tools/cfc/json_text.h"
 #include "tools/cfc/name_rules.h"
 #include "tools/cfc/result_text.h"
+#include "tools/cfc/status.h"
 
 namespace cfc {
 namespace {
@@ -245,8 +246,13 @@ answer screen(const store_command& command) {
 }
 
 answer carry_out(const store_command& command, lock_flag lock) {
-  answer refusal = screen(command);
-  return refusal.ok() ? std::visit(requester{lock}, command) : refusal;
+  if (answer refusal = screen(command); !refusal.ok()) {
+    return refusal;
+  }
+  if (lock == lock_flag::take && service_was_killed()) {
+    return refused(CFC_ERR_NO_SEM, std::string{killed_service});
+  }
+  return std::visit(requester{lock}, command);
 }
 
 exit_status run(const store_command& command, output& out) {

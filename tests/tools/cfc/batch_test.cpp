@@ -9,8 +9,8 @@
 #include <sstream>
 #include <thread>
 
+#include "tests/tools/cfc/prompted_service.h"
 #include "tests/tools/cfc/run_program.h"
-#include "tests/tools/cfc/scripted_service.h"
 
 using namespace cfc;
 using nlohmann::json;
@@ -79,7 +79,7 @@ TEST(BatchLine, what_is_no_command_says_why) {
 // ---- line by line -------------------------------------------------------------------------------
 
 TEST(BatchVerb, carries_out_every_line_and_reports_it_with_its_number) {
-  scripted_service service;
+  prompted_service service;
   const ended batch = run_batch(
       "# a comment\n"
       "register A\n"
@@ -105,7 +105,7 @@ TEST(BatchVerb, reads_a_file_and_names_it) {
 }
 
 TEST(BatchVerb, a_line_that_fails_does_not_keep_the_next_from_being_tried) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "1");
   const ended batch = run_batch("get A none\nset A b\nget A b\nset X b c\n");
   EXPECT_EQ(batch.out, "3: 1\n");
@@ -119,7 +119,7 @@ TEST(BatchVerb, a_line_that_fails_does_not_keep_the_next_from_being_tried) {
 }
 
 TEST(BatchVerb, ends_with_the_status_of_the_first_line_that_failed) {
-  scripted_service service;
+  prompted_service service;
   service.has_section("A");
   EXPECT_EQ(run_batch("flush\nget A none\nfrob\n").status, 3);
   EXPECT_EQ(run_batch("flush\nfrob\nget A none\n").status, 2);
@@ -128,7 +128,7 @@ TEST(BatchVerb, ends_with_the_status_of_the_first_line_that_failed) {
 }
 
 TEST(BatchVerb, reports_each_line_before_it_reads_the_next) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "1");
   // The second line is what the first one answered: it can only be written once that is read.
   const ended shell =
@@ -143,7 +143,7 @@ TEST(BatchVerb, reports_each_line_before_it_reads_the_next) {
 }
 
 TEST(BatchVerb, json_is_one_object_a_line) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "0x0a");
   const ended batch =
       run_cfc({"batch", "--json", "-"}, "get A b --type u8\nset A b\nget A c\nflush\n");
@@ -182,7 +182,7 @@ TEST(BatchVerb, what_is_no_text_is_given_up) {
 // ---- all or nothing -----------------------------------------------------------------------------
 
 TEST(AllOrNothing, carries_out_all_lines) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "1");
   const ended batch = run_all_or_nothing("get A b\nset A b 2\nset A c 3\nget A b\nflush\n");
   EXPECT_EQ(batch.status, 0);
@@ -194,7 +194,7 @@ TEST(AllOrNothing, carries_out_all_lines) {
 }
 
 TEST(AllOrNothing, screens_every_line_before_anything_is_sent) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "1");
   const ended batch = run_all_or_nothing(
       "set A b 2\n"
@@ -224,7 +224,7 @@ TEST(AllOrNothing, screens_every_line_before_anything_is_sent) {
 }
 
 TEST(AllOrNothing, a_missing_section_is_found_before_anything_is_set) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "1");
   const ended batch = run_all_or_nothing("set A b 2\nset X b 2\nset Y b 2\n");
   EXPECT_EQ(batch.status, 3);
@@ -239,7 +239,7 @@ TEST(AllOrNothing, a_missing_section_is_found_before_anything_is_set) {
 }
 
 TEST(AllOrNothing, an_old_value_that_could_not_be_put_back_is_found_before_anything_is_set) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "1\r");
   const ended batch = run_all_or_nothing("set A b 2\n");
   EXPECT_EQ(batch.status, 1);
@@ -249,7 +249,7 @@ TEST(AllOrNothing, an_old_value_that_could_not_be_put_back_is_found_before_anyth
 }
 
 TEST(AllOrNothing, undoes_in_reverse_order_when_a_line_fails) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "old b");
   service.holds("A", "c", "old c");
   // Two old values are read; the fourth line, a get, fails as the sixth request.
@@ -270,7 +270,7 @@ TEST(AllOrNothing, undoes_in_reverse_order_when_a_line_fails) {
 }
 
 TEST(AllOrNothing, a_typed_value_is_put_back_as_it_stood) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "007");
   EXPECT_EQ(run_all_or_nothing("set --type u8 A b 1\nset --type u8 A b 2\nget A none\n").status, 3);
   EXPECT_THAT(service.requests(), ElementsAre("get A b", "set A b=0x01", "set A b=0x02",
@@ -278,7 +278,7 @@ TEST(AllOrNothing, a_typed_value_is_put_back_as_it_stood) {
 }
 
 TEST(AllOrNothing, a_key_that_was_not_there_before_is_named_with_what_stays_in_it) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "1");
   const ended batch =
       run_all_or_nothing("set A new 5 --type u8\nset A b 2\nset A new 6 --type u8\nget A none\n");
@@ -292,7 +292,7 @@ TEST(AllOrNothing, a_key_that_was_not_there_before_is_named_with_what_stays_in_i
 }
 
 TEST(AllOrNothing, a_set_that_the_service_refuses_undoes_those_before_it) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "1");
   service.holds("A", "c", "1");
   service.answers(4, 208);
@@ -304,7 +304,7 @@ TEST(AllOrNothing, a_set_that_the_service_refuses_undoes_those_before_it) {
 }
 
 TEST(AllOrNothing, a_flush_that_fails_undoes_the_sets) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "1");
   service.answers(3, 222);
   const ended batch = run_all_or_nothing("set A b 2\nflush\n");
@@ -314,7 +314,7 @@ TEST(AllOrNothing, a_flush_that_fails_undoes_the_sets) {
 }
 
 TEST(AllOrNothing, an_undo_that_fails_is_told_with_what_stays) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "1");
   service.answers(4, 208);
   const ended batch = run_all_or_nothing("set A b 2\nget A none\n");
@@ -325,7 +325,7 @@ TEST(AllOrNothing, an_undo_that_fails_is_told_with_what_stays) {
 }
 
 TEST(AllOrNothing, a_service_that_vanishes_leaves_nothing_unsaid) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "1");
   service.before_answer(3, [&] { service.queue().remove_queue(); });
   const ended batch = run_all_or_nothing("set A b 2\nset A b 3\nset A b 4\n");
@@ -340,7 +340,7 @@ TEST(AllOrNothing, a_service_that_vanishes_leaves_nothing_unsaid) {
 }
 
 TEST(AllOrNothing, json_tells_the_state_of_every_line) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "1");
   const ended batch = run_cfc({"batch", "--all-or-nothing", "--json"},
                               "set A b 2\nset A new 5\nget A none\nflush\n");
@@ -367,7 +367,7 @@ TEST(AllOrNothing, without_a_service_nothing_is_tried) {
 }
 
 TEST(AllOrNothing, a_text_that_cannot_be_read_to_its_end_changes_nothing) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "1");
   const ended batch = run_all_or_nothing("set A b 2\n" + string(70000, 'x'));
   EXPECT_EQ(batch.status, 1);
@@ -386,7 +386,7 @@ TEST(AllOrNothing, more_lines_than_make_sense_are_refused) {
 }
 
 TEST(AllOrNothing, the_lock_is_held_from_the_first_request_to_the_last) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "1");
   std::optional<started_program> other;
   service.before_answer(1, [&] {
@@ -401,7 +401,7 @@ TEST(AllOrNothing, the_lock_is_held_from_the_first_request_to_the_last) {
 }
 
 TEST(AllOrNothing, without_it_each_line_takes_the_lock_for_itself) {
-  scripted_service service;
+  prompted_service service;
   service.holds("A", "b", "1");
   std::optional<started_program> other;
   service.before_answer(1, [&] {
@@ -417,7 +417,7 @@ TEST(AllOrNothing, without_it_each_line_takes_the_lock_for_itself) {
 
 TEST(AllOrNothing, a_signal_waits_until_the_batch_is_done) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    scripted_service service;
+    prompted_service service;
     service.holds("A", "b", "1");
     std::optional<started_program> batch;
     std::mutex started;

@@ -55,7 +55,8 @@ TEST(JsonText, a_code_without_a_name_stands_alone) {
 }
 
 TEST(JsonText, a_lock_that_cannot_be_looked_at_has_no_state) {
-  const status_report report{.lock = {.present = true, .error = 13}, .queue = {.present = true}};
+  const status_report report{
+      .service = {}, .lock = {.present = true, .error = 13}, .queue = {.present = true}};
   const json object = json::parse(json_of(report));
   EXPECT_EQ(object["lock"], json::parse(R"({"present":true})"));
   EXPECT_EQ(object["code"], 13);

@@ -52,20 +52,40 @@ TEST(Status, every_state_of_the_queue_has_its_words) {
             "queue: there, but not to be looked at: Permission denied");
 }
 
+TEST(Status, every_state_of_the_service_has_its_words) {
+  using life = service_status::life;
+  EXPECT_EQ(show_service({}), "service: nothing tells whether it runs");
+  EXPECT_EQ(show_service({.state = life::dead}), "service: killed, with its lock left behind");
+  EXPECT_EQ(show_service({.state = life::alive, .process = 7, .name = "config-center"}),
+            "service: process 7 (config-center)");
+}
+
+TEST(Status, a_lock_that_a_killed_service_left_counts_as_none) {
+  const status_report report{.service = {.state = service_status::life::dead},
+                             .lock = {.present = true},
+                             .queue = {.present = true}};
+  EXPECT_EQ(report.code(), 230U);
+  EXPECT_EQ(report.sentence(), killed_service);
+}
+
 TEST(Status, the_code_tells_what_is_missing_first) {
   EXPECT_EQ(status_report{}.code(), 230U);
-  EXPECT_EQ((status_report{.lock = {}, .queue = {.present = true}}.code()), 230U);
-  EXPECT_EQ((status_report{.lock = {.present = true}, .queue = {}}.code()), 231U);
-  EXPECT_EQ((status_report{.lock = {.present = true}, .queue = {.present = true}}.code()), 0U);
+  EXPECT_EQ((status_report{.service = {}, .lock = {}, .queue = {.present = true}}.code()), 230U);
+  EXPECT_EQ((status_report{.service = {}, .lock = {.present = true}, .queue = {}}.code()), 231U);
   EXPECT_EQ(
-      (status_report{.lock = {.present = true, .error = 13}, .queue = {.present = true}}.code()),
-      13U);
+      (status_report{.service = {}, .lock = {.present = true}, .queue = {.present = true}}.code()),
+      0U);
+  EXPECT_EQ((status_report{
+                .service = {}, .lock = {.present = true, .error = 13}, .queue = {.present = true}}
+                 .code()),
+            13U);
 }
 
 TEST(StatusVerb, without_a_service_it_ends_in_1) {
   const ended status = run_cfc({"status"});
   EXPECT_EQ(status.status, 1);
-  EXPECT_EQ(status.out, "lock: not there\nqueue: not there\n");
+  EXPECT_EQ(status.out,
+            "service: nothing tells whether it runs\nlock: not there\nqueue: not there\n");
   EXPECT_EQ(status.err,
             "cfc: status: 230 CFC_ERR_NO_SEM: there is no access lock: config-center does not "
             "run\n");
@@ -76,7 +96,7 @@ TEST(StatusVerb, without_a_queue_it_ends_in_1) {
   queue.remove_queue();
   const ended status = run_cfc({"status"});
   EXPECT_EQ(status.status, 1);
-  EXPECT_EQ(status.out, "lock: free\nqueue: not there\n");
+  EXPECT_EQ(status.out, "service: nothing tells whether it runs\nlock: free\nqueue: not there\n");
   EXPECT_THAT(status.err, HasSubstr("231 CFC_ERR_NO_MSQ"));
 }
 
@@ -84,7 +104,8 @@ TEST(StatusVerb, with_lock_and_queue_it_is_done) {
   const request_queue queue;
   const ended status = run_cfc({"status"});
   EXPECT_EQ(status.status, 0);
-  EXPECT_EQ(status.out, "lock: free\nqueue: 0 messages waiting\n");
+  EXPECT_EQ(status.out,
+            "service: nothing tells whether it runs\nlock: free\nqueue: 0 messages waiting\n");
   EXPECT_EQ(status.err, "");
 }
 
@@ -97,7 +118,8 @@ TEST(StatusVerb, names_the_holder_and_counts_messages_and_waiters) {
   wait_for_waiters(queue, 1);
   const ended status = run_cfc({"status"});
   EXPECT_EQ(status.status, 0);
-  EXPECT_EQ(status.out, "lock: held by process " + std::to_string(getpid()) +
+  EXPECT_EQ(status.out, "service: nothing tells whether it runs\nlock: held by process " +
+                            std::to_string(getpid()) +
                             " (cfc_tests); 1 waiting for it\nqueue: 2 messages waiting\n");
   const json report = json::parse(run_cfc({"status", "--json"}).out);
   EXPECT_EQ(report["lock"],
@@ -112,8 +134,10 @@ TEST(StatusVerb, json_of_a_free_lock_names_no_holder) {
   const request_queue queue;
   const ended status = run_cfc({"status", "--json"});
   EXPECT_EQ(status.status, 0);
-  EXPECT_EQ(json::parse(status.out),
-            json::parse(R"({"lock":{"present":true,"value":1,"held":false,"waiting":0},
+  EXPECT_EQ(
+      json::parse(status.out),
+      json::parse(
+          R"({"service":{"alive":null},"lock":{"present":true,"value":1,"held":false,"waiting":0},
                             "queue":{"present":true,"messages":0,"bytes":0},
                             "code":0,"name":"CFC_OK"})"));
 }

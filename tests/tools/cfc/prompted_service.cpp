@@ -1,4 +1,4 @@
-#include "tests/tools/cfc/scripted_service.h"
+#include "tests/tools/cfc/prompted_service.h"
 
 #include <sys/msg.h>
 
@@ -26,7 +26,7 @@ Number number_at(const char* text, std::size_t offset) {
 
 }  // namespace
 
-struct scripted_service::request {
+struct prompted_service::request {
   std::int32_t reply_type;
   std::uint32_t operation;
   std::uint16_t value_off;
@@ -58,25 +58,25 @@ struct scripted_service::request {
   }
 };
 
-scripted_service::scripted_service() : thread_{[this] { serve(); }} {}
+prompted_service::prompted_service() : thread_{[this] { serve(); }} {}
 
-scripted_service::~scripted_service() {
+prompted_service::~prompted_service() {
   queue_.remove_queue();
   thread_.join();
 }
 
-void scripted_service::has_section(const std::string& section) {
+void prompted_service::has_section(const std::string& section) {
   const std::lock_guard lock{guard_};
   sections_[section];
 }
 
-void scripted_service::holds(const std::string& section, const std::string& key,
+void prompted_service::holds(const std::string& section, const std::string& key,
                              const std::string& value) {
   const std::lock_guard lock{guard_};
   sections_[section][key] = value;
 }
 
-std::optional<std::string> scripted_service::value(const std::string& section,
+std::optional<std::string> prompted_service::value(const std::string& section,
                                                    const std::string& key) {
   const std::lock_guard lock{guard_};
   const auto& entries = sections_[section];
@@ -84,27 +84,27 @@ std::optional<std::string> scripted_service::value(const std::string& section,
   return entry == entries.end() ? std::nullopt : std::optional{entry->second};
 }
 
-void scripted_service::answers(std::size_t nth, std::uint32_t code) {
+void prompted_service::answers(std::size_t nth, std::uint32_t code) {
   const std::lock_guard lock{guard_};
   scripts_[nth].code = code;
 }
 
-void scripted_service::answers_too_long(std::size_t nth) {
+void prompted_service::answers_too_long(std::size_t nth) {
   const std::lock_guard lock{guard_};
   scripts_[nth].too_long = true;
 }
 
-void scripted_service::before_answer(std::size_t nth, std::function<void()> action) {
+void prompted_service::before_answer(std::size_t nth, std::function<void()> action) {
   const std::lock_guard lock{guard_};
   scripts_[nth].action = std::move(action);
 }
 
-std::vector<std::string> scripted_service::requests() {
+std::vector<std::string> prompted_service::requests() {
   const std::lock_guard lock{guard_};
   return requests_;
 }
 
-void scripted_service::serve() {
+void prompted_service::serve() {
   const int queue = queue_.queue_id();
   for (;;) {
     wire_message message{};
@@ -115,7 +115,7 @@ void scripted_service::serve() {
   }
 }
 
-void scripted_service::answer(const request& asked) {
+void prompted_service::answer(const request& asked) {
   script scripted;
   {
     const std::lock_guard lock{guard_};
@@ -137,7 +137,7 @@ void scripted_service::answer(const request& asked) {
   msgsnd(queue_.queue_id(), &message, reply.size(), IPC_NOWAIT);
 }
 
-std::uint32_t scripted_service::carry_out(const request& asked, std::string& value) {
+std::uint32_t prompted_service::carry_out(const request& asked, std::string& value) {
   const std::lock_guard lock{guard_};
   if (asked.operation == CFC_OP_ADD_APP) {
     sections_[asked.section];

@@ -1,7 +1,7 @@
-// The service's end of the queue, played by a thread: a small map of sections that does as it is told,
-// and what the real service would never do when a test asks for it.
-#ifndef PROREFLAX_TESTS_TOOLS_CFC_SCRIPTED_SERVICE_H
-#define PROREFLAX_TESTS_TOOLS_CFC_SCRIPTED_SERVICE_H
+// The service's end of the queue, played by a thread for programs that a test runs: a small map of
+// sections, and for each request, by its number, what the test wants to happen when it comes.
+#ifndef PROREFLAX_TESTS_TOOLS_CFC_PROMPTED_SERVICE_H
+#define PROREFLAX_TESTS_TOOLS_CFC_PROMPTED_SERVICE_H
 
 #include <cstdint>
 #include <functional>
@@ -14,12 +14,12 @@
 
 #include "tests/support/request_queue.h"
 
-class scripted_service {
+class prompted_service {
  public:
-  scripted_service();
-  ~scripted_service();
-  scripted_service(const scripted_service&) = delete;
-  scripted_service& operator=(const scripted_service&) = delete;
+  prompted_service();
+  ~prompted_service();
+  prompted_service(const prompted_service&) = delete;
+  prompted_service& operator=(const prompted_service&) = delete;
 
   void has_section(const std::string& section);
   void holds(const std::string& section, const std::string& key, const std::string& value);
