@@ -1,6 +1,7 @@
 /* Turns the list of record_layout.inc into rows. Included once by a C file and once by a C++ file. */
 #include <proreflax/config.h>
 #include <proreflax/store.h>
+#include <proreflax/wireless.h>
 #include <stddef.h>
 
 #include "tests/library/record_layout.h"

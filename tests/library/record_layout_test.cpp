@@ -36,6 +36,9 @@ TEST(RecordLayout, is_looked_at_for_every_record_of_the_public_headers) {
   const std::regex record_end{R"(\n\} (\w+);)"};
   int records = 0;
   for (const auto& header : fs::directory_iterator{PROREFLAX_SOURCE_DIR "/include/proreflax"}) {
+    if (header.path().filename() == "sections.h") {
+      continue;  // the sections' records have a listing of their own
+    }
     std::ifstream file{header.path()};
     const std::string text{std::istreambuf_iterator<char>{file}, {}};
     for (std::sregex_iterator each{text.begin(), text.end(), record_end}, end; each != end;
@@ -44,5 +47,5 @@ TEST(RecordLayout, is_looked_at_for_every_record_of_the_public_headers) {
       EXPECT_TRUE(seen.count("size of " + (*each)[1].str())) << (*each)[1];
     }
   }
-  EXPECT_GE(records, 3);
+  EXPECT_GE(records, 6);
 }
