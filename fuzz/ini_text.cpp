@@ -1,6 +1,6 @@
 // Any bytes as a configuration file. The loader must take and refuse what a naive reader takes and
-// refuses; what it took must be exported to the text that the naive reader's sections give, and that
-// text must load again to the same store.
+// refuses; what it took must be exported to the text that the naive reader's sections give, and
+// that text must load again to the same store.
 #include <cstddef>
 #include <cstdint>
 #include <string>

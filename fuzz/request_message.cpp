@@ -1,6 +1,6 @@
 // Any bytes as a run of requests to the service, each behind its length in one byte. The reply must
-// be the one that a naive reader of the message gives, the store must hold what the naive one holds,
-// and the saved text of the store must load again whatever was asked.
+// be the one that a naive reader of the message gives, the store must hold what the naive one
+// holds, and the saved text of the store must load again whatever was asked.
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -37,7 +37,7 @@ class naive_message {
     return key && key->front() == '[' ? std::nullopt : key;
   }
   std::optional<std::string> value() const {
-    const auto value = piece(value_off());
+    auto value = piece(value_off());
     if (!value || value->size() + 1 != at<std::uint16_t>(14) || value->size() > 199 ||
         value->find_first_of("\r\n") != std::string::npos) {
       return std::nullopt;
@@ -65,7 +65,7 @@ class naive_message {
 
   std::optional<std::string> name(std::size_t place, std::size_t most,
                                   const std::string& forbidden) const {
-    const auto name = piece(place);
+    auto name = piece(place);
     if (!name || name->empty() || name->size() > most ||
         name->find_first_of(forbidden + "\r\n") != std::string::npos) {
       return std::nullopt;

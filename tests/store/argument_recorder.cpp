@@ -1,5 +1,5 @@
-// Stands in for the programs that the store runs: writes the arguments it got, argv[0] included, one
-// a line, to the device's /var/arguments.
+// Stands in for the programs that the store runs: writes the arguments it got, argv[0] included,
+// one a line, to the device's /var/arguments.
 #include <cstdio>
 
 int main(int argc, char** argv) {

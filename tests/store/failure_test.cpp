@@ -1,6 +1,6 @@
 // Every call that can fail, made to fail once at each place where an operation makes it: afterwards
-// the result is one of its own, the store is whole or empty, no child and no temporary file is left,
-// and nothing leaks.
+// the result is one of its own, the store is whole or empty, no child and no temporary file is
+// left, and nothing leaks.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -65,8 +65,8 @@ class Failures : public loaded_store::test {
         "if [ $1 = -r ]; then cp \"$flash\" \"$2\"; else cp \"$2\" \"$flash\"; fi");
   }
 
-  /// Runs `operation` on what `arrange` arranged, with call number 1, 2, 3 ... of a kind failing, as
-  /// long as there is such a call.
+  /// Runs `operation` on what `arrange` arranged, with call number 1, 2, 3 ... of a kind failing,
+  /// as long as there is such a call.
   static std::vector<aftermath> fail_each(call kind, const std::function<void()>& arrange,
                                           const std::function<std::uint32_t()>& operation) {
     std::vector<aftermath> all;

@@ -1,5 +1,5 @@
-// The store as INI text: loading a file whole or not at all, one line at a time, and the exact bytes
-// of the export.
+// The store as INI text: loading a file whole or not at all, one line at a time, and the exact
+// bytes of the export.
 #include "store/ini_text.h"
 
 #include <gmock/gmock.h>

@@ -1,5 +1,6 @@
-// Long random sequences of calls, against the naive store. Names are few and short so that they meet
-// often, and some share a chain or a whole hash; the seeds are fixed, so a failure comes again.
+// Long random sequences of calls, against the naive store. Names are few and short so that they
+// meet often, and some share a chain or a whole hash; the seeds are fixed, so a failure comes
+// again.
 #include <gtest/gtest.h>
 
 #include <cstdint>

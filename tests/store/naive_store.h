@@ -1,6 +1,6 @@
 // The rules of the store once more, written the slow and obvious way: sections and entries in
-// vectors, no hash, no ring, no record. The store must agree with it about every answer, every order
-// and every byte of the export.
+// vectors, no hash, no ring, no record. The store must agree with it about every answer, every
+// order and every byte of the export.
 //
 // A ring that starts at its head is a vector; the entry behind the cursor is the next index, and
 // behind the last entry it is the end of the vector.
