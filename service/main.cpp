@@ -247,5 +247,7 @@ int main(int argc, char** argv) {
   handle(SIGHUP, on_stop);
   handle(SIGALRM, on_timer);
   handle(SIGPIPE, SIG_IGN);
+  // Whoever started the service may have ignored its children; the flash tool's end must be seen.
+  handle(SIGCHLD, SIG_DFL);
   return run(allowed);
 }

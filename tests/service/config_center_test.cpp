@@ -164,6 +164,12 @@ TEST_F(ConfigCenter, reports_a_failed_flush_and_a_failed_reset) {
   EXPECT_EQ(get("LAN", "ConnType"), "result 209") << "the store is empty";
 }
 
+TEST_F(ConfigCenter, sees_the_flash_tool_end_though_it_was_started_with_children_ignored) {
+  const service_process service{{}, [] { signal(SIGCHLD, SIG_IGN); }};
+  ASSERT_EQ(__cfc_set_u8(0, "LAN", "ConnType", 2), 0U);
+  EXPECT_EQ(cfc_flush_all_nosem(), 0U);
+}
+
 TEST_F(ConfigCenter, registers_an_application) {
   const service_process service;
   EXPECT_EQ(get("WEBSERVER", "port"), "result 209");

@@ -33,7 +33,7 @@ bool stands_still(pid_t id) {
 
 }  // namespace
 
-service_process::service_process(const std::vector<std::string>& options)
+service_process::service_process(const std::vector<std::string>& options, void (*before_exec)())
     : log_path_{device_root::path("/service.log")} {
   const std::string program = device_root::path("/programs/config-center");
   std::vector<char*> arguments{const_cast<char*>(program.c_str())};
@@ -46,6 +46,9 @@ service_process::service_process(const std::vector<std::string>& options)
     const int log = open(log_path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     dup2(log, STDERR_FILENO);
     dup2(log, STDOUT_FILENO);
+    if (before_exec != nullptr) {
+      before_exec();
+    }
     execv(program.c_str(), arguments.data());
     _exit(127);
   }

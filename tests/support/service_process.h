@@ -11,8 +11,10 @@
 
 class service_process {
  public:
-  /// Starts the service and waits until it is ready, or has ended.
-  explicit service_process(const std::vector<std::string>& options = {});
+  /// Starts the service and waits until it is ready, or has ended. `before_exec` runs in the new
+  /// process.
+  explicit service_process(const std::vector<std::string>& options = {},
+                           void (*before_exec)() = nullptr);
   ~service_process();
   service_process(const service_process&) = delete;
   service_process& operator=(const service_process&) = delete;
