@@ -44,6 +44,14 @@ TEST_F(Associate, gives_address_and_number_of_each_row_and_their_count) {
   EXPECT_EQ(table[2].number, untouched);
 }
 
+TEST_F(Associate, address_is_taken_from_column_5_and_number_from_column_29) {
+  EXPECT_EQ(parse(header + "000:00:00:0C:43:28:60:11   987654321\n"), 0U);
+  EXPECT_THAT(table[0].mac, ElementsAre(0, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5));
+  EXPECT_EQ(parse(header + "44:5500:0C:43:28:60:11:77  9876543\n"), 0U);
+  EXPECT_THAT(table[0].mac, ElementsAre(0x00, 0x0C, 0x43, 0x28, 0x60, 0x11));
+  EXPECT_EQ(table[0].number, 76543);
+}
+
 TEST_F(Associate, null_gives_1) {
   EXPECT_EQ(gui_get_wls_associate(nullptr, &count), 1U);
   EXPECT_EQ(gui_get_wls_associate(table, nullptr), 1U);
