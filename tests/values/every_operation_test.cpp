@@ -241,6 +241,7 @@ TEST(EveryOperation, on_a_value_refuses_a_bad_section_with_204_and_sends_nothing
       for (const char* section :
            {static_cast<const char*>(nullptr), "", "a\r", "\nb", "1234567890123456789012345"}) {
         run now{each};
+        now.reply();
         EXPECT_EQ(now.ask(section, "Key"), 204U) << each.name;
         EXPECT_FALSE(now.sent()) << each.name;
         EXPECT_TRUE(now.out.untouched()) << each.name;
@@ -256,6 +257,7 @@ TEST(EveryOperation, on_a_value_refuses_a_bad_key_with_204_and_sends_nothing) {
       for (const char* key : {static_cast<const char*>(nullptr), "", "[k", "k=", "*k", "k\r", "\nk",
                               too_long.c_str()}) {
         run now{each};
+        now.reply();
         EXPECT_EQ(now.ask("LAN", key), 204U) << each.name;
         EXPECT_FALSE(now.sent()) << each.name;
         EXPECT_TRUE(now.out.untouched()) << each.name;
