@@ -161,6 +161,24 @@ TEST_P(FlashRoad, a_power_cut_at_any_moment_of_a_save_leaves_the_old_text_or_the
   EXPECT_GE(states, effects.size() + (old() == text() ? 1 : 15));
 }
 
+TEST_P(FlashRoad, a_header_is_written_over_zeros_when_all_else_is_on_the_flash) {
+  effect_list effects;
+  faults::note_effects(&effects);
+  ASSERT_TRUE(save_input()) << why.text();
+  faults::note_effects(nullptr);
+  const auto header = std::find_if(effects.begin(), effects.end(), [](const auto& each) {
+    return each.what == faults::disk_effect::kind::written && each.offset == 0;
+  });
+  EXPECT_EQ(header == effects.end(), old() == text());
+  if (header != effects.end()) {
+    EXPECT_EQ(header->bytes.size(), slot_header_bytes);
+    const effect_list until_then{effects.begin(), header};
+    EXPECT_EQ(power_cut::states_after(start(), until_then).size(), 1U);
+    const auto seen = power_cut::seen_after(start(), until_then).at(header->path);
+    EXPECT_EQ(seen, std::string(slot_header_bytes, '\0') + text());
+  }
+}
+
 TEST_P(FlashReadRoad, a_power_cut_at_any_moment_of_a_read_leaves_no_half_file) {
   effect_list effects;
   faults::note_effects(&effects);
