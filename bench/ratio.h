@@ -1,0 +1,79 @@
+// Ratios that hold on a noisy machine: what the library costs against what a peer costs for the same
+// work, both measured in one run.
+//
+// One round times the library's side and the peer's side, one right behind the other, in turning
+// order; its ratio is that of the two times. The figure is the median over many short rounds, so a
+// burst of foreign load spoils a few rounds and not the figure. Times as such are printed nowhere:
+// they would tell about the machine.
+#ifndef PROREFLAX_BENCH_RATIO_H
+#define PROREFLAX_BENCH_RATIO_H
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <ctime>
+#include <utility>
+#include <vector>
+
+namespace bench {
+
+/// The limit of a figure that has none.
+inline constexpr double no_limit = 0;
+
+/// What a round's time is: the processor time of this process, which foreign load does not touch, or,
+/// where the work waits for other processes, the time on the wall.
+enum class timed_by : clockid_t {
+  processor = CLOCK_PROCESS_CPUTIME_ID,
+  wall = CLOCK_MONOTONIC,
+};
+
+inline double seconds_now(timed_by clock) {
+  timespec now{};
+  clock_gettime(static_cast<clockid_t>(clock), &now);
+  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
+template <typename Work>
+double seconds_of(timed_by clock, Work&& work) {
+  const double start = seconds_now(clock);
+  work();
+  return seconds_now(clock) - start;
+}
+
+/// The middle one, or the upper of the two in the middle.
+inline double median(std::vector<double> numbers) {
+  const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
+  std::nth_element(numbers.begin(), middle, numbers.end());
+  return *middle;
+}
+
+enum class side { library, peer };
+
+/// Measures one figure: a round is one iteration of the benchmark, whose time is the library's.
+/// `work(side)` does one round's work of either side.
+
+template <typename Work>
+void compare(benchmark::State& state, timed_by clock, double limit, Work&& work) {
+  work(side::library);
+  work(side::peer);
+  std::vector<double> ratios;
+  bool library_first = true;
+  for ([[maybe_unused]] auto round : state) {
+    const side first = library_first ? side::library : side::peer;
+    const side second = library_first ? side::peer : side::library;
+    double library = seconds_of(clock, [&] { work(first); });
+    double peer = seconds_of(clock, [&] { work(second); });
+    if (!library_first) {
+      std::swap(library, peer);
+    }
+    state.SetIterationTime(library);
+    ratios.push_back(library / peer);
+    library_first = !library_first;
+  }
+  state.counters["ratio"] = median(std::move(ratios));
+  state.counters["limit"] = limit;
+}
+
+}  // namespace bench
+
+#endif
