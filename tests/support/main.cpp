@@ -1,43 +1,12 @@
 // Every test program runs in a private IPC namespace where the kernel allows one: the keys of
 // semaphore and queue are fixed, and the machine may have a service of its own.
 #include <gtest/gtest.h>
-#include <sched.h>
-#include <unistd.h>
 
-#include <cstdio>
-#include <fstream>
-#include <string>
-
-#include "tests/support/request_queue.h"
-
-namespace {
-
-void write_file(const char* path, const std::string& text) {
-  std::ofstream{path} << text;
-}
-
-bool enter_private_ipc_namespace() {
-  if (unshare(CLONE_NEWIPC) == 0) {
-    return true;
-  }
-  const uid_t user = getuid();
-  const gid_t group = getgid();
-  if (unshare(CLONE_NEWUSER | CLONE_NEWIPC) != 0) {
-    return false;
-  }
-  write_file("/proc/self/setgroups", "deny");
-  write_file("/proc/self/uid_map", std::to_string(user) + " " + std::to_string(user) + " 1");
-  write_file("/proc/self/gid_map", std::to_string(group) + " " + std::to_string(group) + " 1");
-  return true;
-}
-
-}  // namespace
+#include "tests/support/private_ipc.h"
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
-  if (!testing::GTEST_FLAG(list_tests) && !enter_private_ipc_namespace() &&
-      request_queue::keys_in_use()) {
-    std::puts("No private IPC namespace, and the machine's own holds semaphore or queue already.");
+  if (!testing::GTEST_FLAG(list_tests) && !enter_private_ipc_namespace()) {
     return 1;
   }
   return RUN_ALL_TESTS();

@@ -1,0 +1,43 @@
+// A configuration of the shape that the device has: its section names, its keys, values of the kinds
+// that it stores. With more sections than the device has, the names get numbers.
+#ifndef PROREFLAX_BENCH_DEVICE_TEXT_H
+#define PROREFLAX_BENCH_DEVICE_TEXT_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+inline constexpr std::size_t device_section_count = 46;
+inline constexpr std::size_t entries_per_section = 24;
+
+struct entry {
+  std::string key;
+  std::string value;
+};
+
+struct section {
+  std::string name;
+  std::vector<entry> entries;
+};
+
+std::vector<section> device_sections(std::size_t count = device_section_count);
+
+/// A file of these sections as INI text, for as long as the object lives.
+class text_file {
+ public:
+  explicit text_file(const std::vector<section>& sections);
+  ~text_file();
+  text_file(const text_file&) = delete;
+  text_file& operator=(const text_file&) = delete;
+
+  const char* path() const { return path_.c_str(); }
+
+ private:
+  std::string path_;
+};
+
+}  // namespace bench
+
+#endif
