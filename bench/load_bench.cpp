@@ -54,7 +54,7 @@ void load(benchmark::State& state) {
   const text_file file{device_sections(section_count)};
   std::vector<void*> blocks(line_count);
   bool done = true;
-  compare(state, 1.5, [&](side side) {
+  compare(state, timed_by::processor, 1.5, [&](side side) {
     done &= side == side::library ? load_and_release(file.path())
                                   : read_allocate_and_free(file.path(), blocks);
   });

@@ -11,7 +11,7 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
 #include <utility>
 #include <vector>
 
@@ -20,11 +20,24 @@ namespace bench {
 /// The limit of a figure that has none.
 inline constexpr double no_limit = 0;
 
+/// What a round's time is: the processor time of this process, which foreign load does not touch, or,
+/// where the work waits for other processes, the time on the wall.
+enum class timed_by : clockid_t {
+  processor = CLOCK_PROCESS_CPUTIME_ID,
+  wall = CLOCK_MONOTONIC,
+};
+
+inline double seconds_now(timed_by clock) {
+  timespec now{};
+  clock_gettime(static_cast<clockid_t>(clock), &now);
+  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
 template <typename Work>
-double seconds_of(Work&& work) {
-  const auto start = std::chrono::steady_clock::now();
+double seconds_of(timed_by clock, Work&& work) {
+  const double start = seconds_now(clock);
   work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  return seconds_now(clock) - start;
 }
 
 /// The middle one, or the upper of the two in the middle.
@@ -34,12 +47,13 @@ inline double median(std::vector<double> numbers) {
   return *middle;
 }
 
-/// Measures one figure: a round is one iteration of the benchmark, whose time is the library's.
-/// `work(side)` does one round's work of either side.
 enum class side { library, peer };
 
+/// Measures one figure: a round is one iteration of the benchmark, whose time is the library's.
+/// `work(side)` does one round's work of either side.
+
 template <typename Work>
-void compare(benchmark::State& state, double limit, Work&& work) {
+void compare(benchmark::State& state, timed_by clock, double limit, Work&& work) {
   work(side::library);
   work(side::peer);
   std::vector<double> ratios;
@@ -47,8 +61,8 @@ void compare(benchmark::State& state, double limit, Work&& work) {
   for ([[maybe_unused]] auto round : state) {
     const side first = library_first ? side::library : side::peer;
     const side second = library_first ? side::peer : side::library;
-    double library = seconds_of([&] { work(first); });
-    double peer = seconds_of([&] { work(second); });
+    double library = seconds_of(clock, [&] { work(first); });
+    double peer = seconds_of(clock, [&] { work(second); });
     if (!library_first) {
       std::swap(library, peer);
     }

@@ -108,7 +108,7 @@ void get_value(benchmark::State& state, std::size_t section_count, order order, 
       benchmark::DoNotOptimize(out);
     }
   };
-  compare(state, limit, [&](side side) {
+  compare(state, timed_by::processor, limit, [&](side side) {
     if (side == side::library) {
       read_all([](const reading& r, value_buffer& out) {
         return read_store(r.section_name, r.key, out);
