@@ -9,11 +9,29 @@
 namespace proreflax {
 namespace {
 
+/// An entry's section and key, measured once; the lengths are the validators' results.
+struct entry_name {
+  entry_name(const char* section_name, const char* entry_key)
+      : section{section_name},
+        key{entry_key},
+        section_bytes{cfc_section_len(section_name)},
+        key_bytes{cfc_key_len(entry_key)} {}
+
+  bool keeps_the_rules() const {
+    return is_name_len(section_bytes, section_name_max) && is_name_len(key_bytes, key_max);
+  }
+
+  const char* section;
+  const char* key;
+  std::int32_t section_bytes;
+  std::int32_t key_bytes;
+};
+
 /// A request with section and key packed and room for a value behind them; null without memory.
 /// value_off points behind the key also where no value follows.
-owned_msg request_for(opcode operation, const char* section, const char* key) {
-  const auto section_bytes = static_cast<std::uint16_t>(cfc_section_len(section));
-  const auto key_bytes = static_cast<std::uint16_t>(cfc_key_len(key));
+owned_msg request_for(opcode operation, const entry_name& name) {
+  const auto section_bytes = static_cast<std::uint16_t>(name.section_bytes);
+  const auto key_bytes = static_cast<std::uint16_t>(name.key_bytes);
   const auto names_bytes = static_cast<std::uint16_t>(section_bytes + key_bytes);
   owned_msg msg{cfc_msg_alloc(names_bytes + value_room)};
   if (msg != nullptr) {
@@ -21,8 +39,8 @@ owned_msg request_for(opcode operation, const char* section, const char* key) {
     msg->key_off = section_bytes;
     msg->value_off = names_bytes;
     msg->used_len = static_cast<std::uint16_t>(msg->used_len + names_bytes);
-    std::memcpy(payload(*msg), section, section_bytes);
-    std::memcpy(payload(*msg) + section_bytes, key, key_bytes);
+    std::memcpy(payload(*msg), name.section, section_bytes);
+    std::memcpy(payload(*msg) + section_bytes, name.key, key_bytes);
   }
   return msg;
 }
@@ -35,11 +53,11 @@ bool value_lies_in(const cfc_msg& reply) {
 
 std::uint32_t __cfc_get_raw_sem(const char* section, const char* key, char* out,
                                 std::int32_t* length) {
-  if (!is_section_name(section) || !is_key(key) || out == nullptr || length == nullptr ||
-      *length < 1) {
+  const entry_name name{section, key};
+  if (!name.keeps_the_rules() || out == nullptr || length == nullptr || *length < 1) {
     return CFC_ERR_BAD_ARGUMENT;
   }
-  const owned_msg msg = request_for(CFC_OP_GET, section, key);
+  const owned_msg msg = request_for(CFC_OP_GET, name);
   if (msg == nullptr) {
     return CFC_ERR_NO_MEMORY;
   }
@@ -64,10 +82,11 @@ std::uint32_t __cfc_get_raw_nosem(const char* section, const char* key, char* ou
 
 std::uint32_t __cfc_set_raw_sem(const char* section, const char* key, const char* value,
                                 std::int32_t length) {
-  if (!is_section_name(section) || !is_key(key) || value == nullptr || !is_value_len(length)) {
+  const entry_name name{section, key};
+  if (!name.keeps_the_rules() || value == nullptr || !is_value_len(length)) {
     return CFC_ERR_BAD_ARGUMENT;
   }
-  const owned_msg msg = request_for(CFC_OP_SET, section, key);
+  const owned_msg msg = request_for(CFC_OP_SET, name);
   if (msg == nullptr) {
     return CFC_ERR_NO_MEMORY;
   }
