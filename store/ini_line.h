@@ -43,13 +43,17 @@ struct ini_line {
   char* name = nullptr;
   char* key = nullptr;
   char* value = nullptr;
+  std::size_t value_length = 0;
 };
 
 /// Cuts a line at its first "=". `key` becomes null when there is none, or nothing in front of it.
 inline void config_split_kv(char* line, char** key, char** value) {
   *key = nullptr;
-  char* const equals = std::strchr(line, '=');
-  if (equals == nullptr || equals == line) {
+  char* equals = line;
+  while (*equals != '=' && *equals != '\0') {
+    ++equals;
+  }
+  if (*equals == '\0' || equals == line) {
     return;
   }
   *equals = '\0';
@@ -74,9 +78,13 @@ inline ini_line read_entry(char* line, std::size_t length) {
   config_split_kv(line, &entry.key, &entry.value);
   if (entry.key == nullptr) {
     entry.fault = line_fault::no_key;
-  } else if (std::strlen(entry.key) > line_key_max) {
+    return entry;
+  }
+  const auto value_off = static_cast<std::size_t>(entry.value - line);
+  entry.value_length = length - 1 - value_off;
+  if (value_off - 1 > line_key_max) {
     entry.fault = line_fault::key_too_long;
-  } else if (std::strlen(entry.value) > line_value_max) {
+  } else if (entry.value_length > line_value_max) {
     entry.fault = line_fault::value_too_long;
   }
   return entry;

@@ -1,5 +1,7 @@
 #include "store/ini_text.h"
 
+#include <stdio_ext.h>
+
 #include <cstring>
 #include <memory>
 
@@ -14,10 +16,33 @@ struct close_file {
 };
 using open_file = std::unique_ptr<std::FILE, close_file>;
 
+std::uint32_t add_line(store_filler& store, char* text) {
+  const ini_line line = read_ini_line(text);
+  if (line.fault != line_fault::none) {
+    return CFC_ERR_BAD_VALUE;
+  }
+  switch (line.kind) {
+    case line_kind::empty:
+      return CFC_OK;
+    case line_kind::header:
+      return store.add_section(line.name) == nullptr ? CFC_ERR_NO_MEMORY : CFC_OK;
+    case line_kind::entry:
+      break;
+  }
+  if (g_config_mgmt.cache == nullptr) {
+    return CFC_ERR_BAD_VALUE;
+  }
+  // An entry that finds no memory is left out, and the load goes on: deliberate.
+  static_cast<void>(
+      store.add_item(line.key, line.value, static_cast<std::uint32_t>(line.value_length)));
+  return CFC_OK;
+}
+
 std::uint32_t load_lines(std::FILE* file) {
+  store_filler store;
   char line[line_buffer_bytes];
   while (std::fgets(line, sizeof line, file) != nullptr) {
-    if (const std::uint32_t result = config_parse_line(line); result != CFC_OK) {
+    if (const std::uint32_t result = add_line(store, line); result != CFC_OK) {
       return result;
     }
   }
@@ -82,26 +107,9 @@ bool export_section(const cfg_segment& section, std::FILE* stream) {
 
 }  // namespace
 
-std::uint32_t config_parse_line(char* text) {
-  const ini_line line = read_ini_line(text);
-  if (line.fault != line_fault::none) {
-    return CFC_ERR_BAD_VALUE;
-  }
-  switch (line.kind) {
-    case line_kind::empty:
-      return CFC_OK;
-    case line_kind::header:
-      g_config_mgmt.cache = segment_alloc(line.name);
-      return g_config_mgmt.cache == nullptr ? CFC_ERR_NO_MEMORY : CFC_OK;
-    case line_kind::entry:
-      break;
-  }
-  if (g_config_mgmt.cache == nullptr) {
-    return CFC_ERR_BAD_VALUE;
-  }
-  // An entry that finds no memory is left out, and the load goes on: deliberate.
-  static_cast<void>(item_set(g_config_mgmt.cache, line.key, line.value));
-  return CFC_OK;
+std::uint32_t config_parse_line(char* line) {
+  store_filler store;
+  return add_line(store, line);
 }
 
 std::uint32_t config_load_file(const char* path) {
@@ -110,6 +118,7 @@ std::uint32_t config_load_file(const char* path) {
   if (file == nullptr) {
     return CFC_ERR_NO_FILE;
   }
+  __fsetlocking(file.get(), FSETLOCKING_BYCALLER);  // no other thread sees the stream
   const std::uint32_t result = load_lines(file.get());
   if (result != CFC_OK) {
     config_free_all(&g_config_mgmt);

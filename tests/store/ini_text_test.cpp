@@ -251,6 +251,47 @@ TEST_F(IniText, an_entry_that_finds_no_memory_is_left_out_and_the_load_goes_on) 
   }
 }
 
+/// Headers of 3000 sections, and of every one once more, each with a key of its own behind it.
+std::string many_sections_in_two_turns() {
+  std::string text;
+  for (const char* key : {"first", "second"}) {
+    for (int i = 0; i < 3000; ++i) {
+      text += "[S" + std::to_string(i) + "]\n" + key + "=" + std::to_string(i) + "\n";
+    }
+  }
+  return text;
+}
+
+TEST_F(IniText, thousands_of_sections_merge_with_their_second_headers) {
+  ASSERT_EQ(load(many_sections_in_two_turns()), 0U);
+  EXPECT_EQ(sections().size(), 3000U);
+  EXPECT_TRUE(is_well_formed());
+  for (int i = 0; i < 3000; ++i) {
+    const std::string name = "S" + std::to_string(i);
+    ASSERT_EQ(keys(name), (names{"first", "second"})) << name;
+    ASSERT_EQ(value(name.c_str(), "first") + value(name.c_str(), "second"),
+              std::to_string(i) + std::to_string(i));
+  }
+}
+
+TEST_F(IniText, hundreds_of_keys_in_a_section_keep_their_order_and_are_written_once) {
+  names in_order;
+  std::string text = "[A]\n";
+  for (int i = 0; i < 400; ++i) {
+    in_order.push_back("key" + std::to_string(i));
+    text += in_order.back() + "=old\n";
+  }
+  for (const std::string& key : in_order) {
+    text += key + "=newer\n";
+  }
+  ASSERT_EQ(load(text), 0U);
+  EXPECT_EQ(keys("A"), in_order);
+  EXPECT_TRUE(is_well_formed());
+  for (const std::string& key : in_order) {
+    ASSERT_EQ(value("A", key.c_str()), "newer");
+  }
+}
+
 TEST_F(IniText, a_read_error_counts_as_the_end_of_the_file) {
   const unnamed_file file{"[A]\na=1\nb=2\n"};
   faults::fail(call::fgets, 3);
