@@ -1,6 +1,7 @@
 #include "bench/bare_queue.h"
 
 #include <sys/msg.h>
+#include <sys/prctl.h>
 #include <sys/sem.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -67,6 +68,7 @@ echo_process::echo_process(int queue, std::string_view value) : child_{fork()} {
     throw std::runtime_error("cannot start the echo process");
   }
   if (child_ == 0) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
     echo(queue, value);
   }
 }

@@ -9,6 +9,8 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "store/paths.h"
+
 namespace bench {
 namespace {
 
@@ -88,6 +90,14 @@ std::string name_of(std::size_t section_number) {
   return turn == 0 ? name : name + "_" + std::to_string(turn);
 }
 
+std::vector<section> sections_of_the_device(std::size_t count) {
+  std::vector<section> sections;
+  for (std::size_t i = 0; i < count; ++i) {
+    sections.push_back({name_of(i), entries_of(i)});
+  }
+  return sections;
+}
+
 std::string new_temporary_file() {
   std::string path = std::filesystem::temp_directory_path() / "proreflax-bench-XXXXXX";
   const int file = mkstemp(path.data());
@@ -100,10 +110,23 @@ std::string new_temporary_file() {
 
 }  // namespace
 
-std::vector<section> device_sections(std::size_t count) {
+std::vector<section> device_sections() {
+  return sections_of_the_device(device_section_count);
+}
+
+std::vector<section> many_sections() {
+  return sections_of_the_device(many_section_count);
+}
+
+std::vector<section> factory_sections() {
+  std::ifstream file{proreflax::factory_file};
   std::vector<section> sections;
-  for (std::size_t i = 0; i < count; ++i) {
-    sections.push_back({name_of(i), entries_of(i)});
+  for (std::string line; std::getline(file, line);) {
+    if (line.starts_with('[')) {
+      sections.push_back({line.substr(1, line.size() - 2), {}});
+    } else if (const std::size_t equals = line.find('='); equals != std::string::npos) {
+      sections.back().entries.push_back({line.substr(0, equals), line.substr(equals + 1)});
+    }
   }
   return sections;
 }

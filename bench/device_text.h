@@ -1,5 +1,5 @@
-// A configuration of the shape that the device has: its section names, its keys, values of the kinds
-// that it stores. With more sections than the device has, the names get numbers.
+// Configurations of the shape that the device has: its section names, its keys, values of the kinds
+// that it stores.
 #ifndef PROREFLAX_BENCH_DEVICE_TEXT_H
 #define PROREFLAX_BENCH_DEVICE_TEXT_H
 
@@ -10,6 +10,7 @@
 namespace bench {
 
 inline constexpr std::size_t device_section_count = 46;
+inline constexpr std::size_t many_section_count = 2000;
 inline constexpr std::size_t entries_per_section = 24;
 
 struct entry {
@@ -22,7 +23,14 @@ struct section {
   std::vector<entry> entries;
 };
 
-std::vector<section> device_sections(std::size_t count = device_section_count);
+/// As many sections as the device has, all of the same size.
+std::vector<section> device_sections();
+
+/// Far more than the device has: their names get numbers.
+std::vector<section> many_sections();
+
+/// The sections of the device's factory text, a few large and many small.
+std::vector<section> factory_sections();
 
 /// A file of these sections as INI text, for as long as the object lives.
 class text_file {

@@ -20,8 +20,7 @@ namespace {
 
 using namespace bench;
 
-constexpr std::size_t section_count = 2000;
-constexpr std::size_t line_count = section_count * (2 + entries_per_section);
+constexpr std::size_t line_count = many_section_count * (2 + entries_per_section);
 
 bool load_and_release(const char* path) {
   const bool loaded = proreflax::config_load_file(path) == CFC_OK;
@@ -51,7 +50,7 @@ bool read_allocate_and_free(const char* path, std::vector<void*>& blocks) {
 }
 
 void load(benchmark::State& state) {
-  const text_file file{device_sections(section_count)};
+  const text_file file{many_sections()};
   std::vector<void*> blocks(line_count);
   bool done = true;
   compare(state, timed_by::processor, 1.5, [&](side side) {
@@ -63,6 +62,6 @@ void load(benchmark::State& state) {
   }
 }
 
-BENCHMARK(load)->Name("loading 2000 sections of 24 entries")->UseManualTime()->Iterations(201);
+BENCHMARK(load)->Name("loading 2000 sections of 24 entries")->UseManualTime()->Iterations(200);
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <proreflax/config.h>
 #include <pthread.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -107,6 +108,7 @@ crowd::crowd() {
       throw std::runtime_error("cannot start a process");
     }
     if (worker == 0) {
+      prctl(PR_SET_PDEATHSIG, SIGKILL);
       work();
     }
   }
@@ -147,10 +149,10 @@ void many_processes(benchmark::State& state) {
   }
 }
 
-BENCHMARK(one_process)->Name("typed get over the queue")->UseManualTime()->Iterations(3001);
+BENCHMARK(one_process)->Name("typed get over the queue")->UseManualTime()->Iterations(3000);
 BENCHMARK(many_processes)
     ->Name("typed get, 64 processes at once")
     ->UseManualTime()
-    ->Iterations(401);
+    ->Iterations(400);
 
 }  // namespace

@@ -81,8 +81,9 @@ std::vector<reading> readings_of(const std::vector<section>& sections, order ord
   return readings;
 }
 
-void get_value(benchmark::State& state, std::size_t section_count, order order, double limit) {
-  const std::vector<section> sections = device_sections(section_count);
+void get_value(benchmark::State& state, std::vector<section> (*make_sections)(), order order,
+               double limit) {
+  const std::vector<section> sections = make_sections();
   const std::vector<reading> readings = readings_of(sections, order);
   const map_of_maps map = make_map(sections);
   if (proreflax::config_load_file(text_file{sections}.path()) != CFC_OK) {
@@ -122,21 +123,29 @@ void get_value(benchmark::State& state, std::size_t section_count, order order, 
   config_center_close();
 }
 
-BENCHMARK_CAPTURE(get_value, stored, device_section_count, order::stored, 0.5)
-    ->Name("value from the store, stored order")
+BENCHMARK_CAPTURE(get_value, stored, device_sections, order::stored, 0.5)
+    ->Name("value of 46 sections of 24, stored order")
     ->UseManualTime()
-    ->Iterations(4001);
-BENCHMARK_CAPTURE(get_value, random, device_section_count, order::random, 1.0)
-    ->Name("value from the store, random order")
+    ->Iterations(4000);
+BENCHMARK_CAPTURE(get_value, random, device_sections, order::random, 1.0)
+    ->Name("value of 46 sections of 24, random order")
     ->UseManualTime()
-    ->Iterations(4001);
-BENCHMARK_CAPTURE(get_value, many_stored, 2000, order::stored, no_limit)
-    ->Name("the same, 2000 sections, stored order")
+    ->Iterations(4000);
+BENCHMARK_CAPTURE(get_value, factory_stored, factory_sections, order::stored, no_limit)
+    ->Name("value of the factory text, stored order")
     ->UseManualTime()
-    ->Iterations(31);
-BENCHMARK_CAPTURE(get_value, many_random, 2000, order::random, no_limit)
-    ->Name("the same, 2000 sections, random order")
+    ->Iterations(4000);
+BENCHMARK_CAPTURE(get_value, factory_random, factory_sections, order::random, no_limit)
+    ->Name("value of the factory text, random order")
     ->UseManualTime()
-    ->Iterations(31);
+    ->Iterations(4000);
+BENCHMARK_CAPTURE(get_value, many_stored, many_sections, order::stored, no_limit)
+    ->Name("value of 2000 sections, stored order")
+    ->UseManualTime()
+    ->Iterations(30);
+BENCHMARK_CAPTURE(get_value, many_random, many_sections, order::random, no_limit)
+    ->Name("value of 2000 sections, random order")
+    ->UseManualTime()
+    ->Iterations(30);
 
 }  // namespace
