@@ -184,7 +184,9 @@ wireless_event_report read_wireless_events() {
   const std::uint32_t code = gui_get_wls_event_log_table(&report.announced, rows.data());
   report.failure = failure_of(code, log_file, " is too short for a log, or has a row without ':'");
   for (auto row = rows.begin(); row != rows.end() && was_read(*row); ++row) {
-    report.events.push_back({row->number, mac_of(row->mac), row->message});
+    // The blank between address and message belongs to neither, but the reader keeps it.
+    const char* const message = row->message + std::strspn(row->message, " ");
+    report.events.push_back({row->number, mac_of(row->mac), message});
   }
   return report;
 }
