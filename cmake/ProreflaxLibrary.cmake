@@ -12,6 +12,7 @@ set(PROREFLAX_SOURCES
   accessors/wireless_sections.cpp
   firmware/image_check.cpp
   firmware/image_crc.cpp
+  firmware/image_parts.cpp
   firmware/image_write.cpp
   firmware/placeholders.cpp
   transport/lock.cpp
@@ -82,3 +83,12 @@ add_library(proreflax_section_tables STATIC EXCLUDE_FROM_ALL
 target_include_directories(proreflax_section_tables PUBLIC
   "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/include")
 target_compile_options(proreflax_section_tables PRIVATE -fvisibility=hidden)
+
+# The rules of firmware images, for programs that tell what an image holds: likewise.
+add_library(proreflax_image_rules STATIC EXCLUDE_FROM_ALL
+  firmware/image_check.cpp
+  firmware/image_crc.cpp
+  firmware/image_parts.cpp)
+target_include_directories(proreflax_image_rules PUBLIC
+  "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/include")
+target_compile_options(proreflax_image_rules PRIVATE -fvisibility=hidden)

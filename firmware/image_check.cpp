@@ -12,16 +12,15 @@ bool is_type_taken(std::uint8_t type) {
   return type == image_type_kernel || type == image_type_ramdisk || type == image_type_multi;
 }
 
-/// The header's checksum counts its own four bytes as 0.
-std::uint32_t header_crc(const std::uint8_t* image) {
+}  // namespace
+
+std::uint32_t image_header_crc(const std::uint8_t* image) {
   constexpr std::uint8_t zeros[4] = {};
   constexpr auto field = static_cast<std::uint32_t>(header_word::header_crc);
   constexpr std::uint32_t behind = field + sizeof zeros;
   const std::uint32_t crc = image_crc32(image_crc32(0, image, field), zeros, sizeof zeros);
   return image_crc32(crc, image + behind, FW_HEADER_SIZE - behind);
 }
-
-}  // namespace
 
 std::uint32_t image_check_header(const std::uint8_t* image, std::uint32_t size) {
   if (image == nullptr || size < FW_HEADER_SIZE) {
@@ -33,7 +32,7 @@ std::uint32_t image_check_header(const std::uint8_t* image, std::uint32_t size) 
   if (!is_type_taken(header_field(image, header_byte::type))) {
     return CFC_ERR_FW_TYPE;
   }
-  if (header_crc(image) != header_field(image, header_word::header_crc)) {
+  if (image_header_crc(image) != header_field(image, header_word::header_crc)) {
     return CFC_ERR_FW_HDR_CRC;
   }
   const std::uint32_t data_size = header_field(image, header_word::data_size);

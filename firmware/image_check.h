@@ -10,6 +10,10 @@ namespace proreflax {
 /// the first fault. The image is not changed, and not read beyond its size.
 std::uint32_t image_check_header(const std::uint8_t* image, std::uint32_t size);
 
+/// The checksum that the header must carry, counting its own four bytes as 0. `image` has at least
+/// FW_HEADER_SIZE bytes.
+std::uint32_t image_header_crc(const std::uint8_t* image);
+
 }  // namespace proreflax
 
 #endif

@@ -9,10 +9,10 @@
 #include "tools/cfc/all_or_nothing.h"
 
 #include <algorithm>
-#include <csignal>
 #include <map>
 #include <utility>
 
+#include "tools/cfc/held_signals.h"
 #include "tools/cfc/name_rules.h"
 #include "tools/cfc/result_text.h"
 #include "tools/cfc/status.h"
@@ -30,24 +30,6 @@ struct step {
   const set_command* set() const {
     return result.line.command ? std::get_if<set_command>(&*result.line.command) : nullptr;
   }
-};
-
-class held_signals {
- public:
-  held_signals() {
-    sigset_t ending;
-    sigemptyset(&ending);
-    for (const int each : {SIGINT, SIGTERM, SIGHUP}) {
-      sigaddset(&ending, each);
-    }
-    sigprocmask(SIG_BLOCK, &ending, &before_);
-  }
-  ~held_signals() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-  held_signals(const held_signals&) = delete;
-  held_signals& operator=(const held_signals&) = delete;
-
- private:
-  sigset_t before_{};
 };
 
 /// An errno value tells that the reply went missing: the service may have done its part.

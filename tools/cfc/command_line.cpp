@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
+#include <functional>
 
 #include "tools/cfc/result_text.h"
 
@@ -21,6 +22,8 @@ constexpr const char* exit_statuses =
     "Values go to standard output, all else to standard error.\n"
     "Exit status: 0 done; 1 refused or failed; 2 wrong usage; 3 no such section or key.\n"
     "A value, section or key that may begin with a dash goes behind \"--\": cfc set -- A b \"$x\"";
+
+constexpr std::size_t image_name_max = 32;
 
 constexpr bool is_option_of_set(std::string_view word) {
   return word.starts_with("--type=") || word == "--help" || word == "-h";
@@ -64,6 +67,8 @@ class grammar {
     add_batch();
     add_check();
     add_status();
+    add_wireless();
+    add_firmware();
   }
   grammar(const grammar&) = delete;
   grammar& operator=(const grammar&) = delete;
@@ -179,6 +184,95 @@ class grammar {
     verb->callback([this] { chosen_ = status_; });
   }
 
+  /// A verb of a family; the family's own line is not enough.
+  static CLI::App* add_member(CLI::App* family, const char* name, const char* description) {
+    family->require_subcommand(1);
+    CLI::App* const verb = family->add_subcommand(name, description);
+    verb->footer("");
+    return verb;
+  }
+
+  template <typename Command>
+  CLI::App* add_wireless_verb(CLI::App* family, const char* name, const char* description,
+                              Command& command) {
+    CLI::App* const verb = add_member(family, name, description);
+    add_json(verb, command.json);
+    verb->callback([this, &command] { chosen_ = wireless_command{command}; });
+    return verb;
+  }
+
+  void add_wireless() {
+    CLI::App* const family = add_verb("wireless", "Show what the wireless driver tells");
+    add_wireless_verb(family, "status", "Print the interface and its counters", wireless_status_);
+    add_wireless_verb(family, "events", "Print the driver's event log", wireless_events_);
+    add_wireless_verb(family, "stations", "Print the associated stations", wireless_stations_);
+    add_wireless_verb(family, "channels", "Print the channels of a region", wireless_channels_)
+        ->add_option("REGION", wireless_channels_.region,
+                     "Number of the regulatory region; all but 1 to 5 have every channel")
+        ->required()
+        ->type_name("");
+  }
+
+  void add_firmware() {
+    CLI::App* const family = add_verb("firmware", "Look at, make and write firmware images");
+    add_firmware_info(family);
+    add_firmware_pack(family);
+    add_firmware_write(family);
+  }
+
+  void add_firmware_info(CLI::App* family) {
+    CLI::App* const verb = add_member(family, "info", "Show an image, and what the device says");
+    verb->add_option("FILE", firmware_info_.file, "The image")->required()->type_name("");
+    verb->callback([this] { chosen_ = firmware_info_; });
+  }
+
+  /// An option that takes a number as `set --type u32` does.
+  static void add_number(CLI::App* verb, const char* option, const char* description,
+                         std::function<void(std::uint32_t)> take) {
+    verb->add_option_function<std::string>(
+            option,
+            [=](const std::string& text) {
+              const parsed_value number = parse_value(value_kind::u32, text);
+              if (number.code != CFC_OK) {
+                throw CLI::ValidationError(option, text + ": " + number.sentence);
+              }
+              take(std::get<std::uint32_t>(number.value));
+            },
+            description)
+        ->type_name("NUMBER");
+  }
+
+  void add_firmware_pack(CLI::App* family) {
+    CLI::App* const verb = add_member(family, "pack", "Make an image from parts");
+    verb->add_option("--type", pack_.type, "kernel, ramdisk or multi")
+        ->required()
+        ->check(CLI::IsMember({"kernel", "ramdisk", "multi"}))
+        ->type_name("TYPE");
+    verb->add_option("-o,--output", pack_.file, "The image to make")->required()->type_name("FILE");
+    verb->add_option("--name", pack_.name, "Name in the header, up to 32 bytes")
+        ->check([](const std::string& name) {
+          return name.size() > image_name_max ? "more than 32 bytes" : std::string{};
+        })
+        ->type_name("NAME");
+    add_number(verb, "--load", "Load address in the header (default: 0)",
+               [this](std::uint32_t number) { pack_.load_address = number; });
+    add_number(verb, "--entry", "Entry point in the header (default: the load address)",
+               [this](std::uint32_t number) { pack_.entry_point = number; });
+    add_number(verb, "--time", "Seconds since 1970 in the header (default: now)",
+               [this](std::uint32_t number) { pack_.time = number; });
+    verb->add_option("PART", pack_.parts, "A file; for multi, images in the order of writing")
+        ->required()
+        ->type_name("");
+    verb->callback([this] { chosen_ = pack_; });
+  }
+
+  void add_firmware_write(CLI::App* family) {
+    CLI::App* const verb = add_member(family, "write", "Write an image to flash and read it back");
+    verb->add_option("FILE", firmware_write_.file, "The image")->required()->type_name("");
+    verb->add_flag("--yes", firmware_write_.yes, "Do not ask");
+    verb->callback([this] { chosen_ = firmware_write_; });
+  }
+
   std::string help() const {
     std::string text = app_.help();
     text.erase(text.find_last_not_of('\n') + 1);
@@ -186,8 +280,11 @@ class grammar {
   }
 
   std::string complaint(const CLI::ParseError& error) const {
-    const auto chosen = app_.get_subcommands();
-    const std::string verb = chosen.empty() ? "" : chosen.front()->get_name() + " ";
+    std::string verb;
+    for (auto chosen = app_.get_subcommands(); !chosen.empty();
+         chosen = chosen.front()->get_subcommands()) {
+      verb += chosen.front()->get_name() + " ";
+    }
     return printable(verb.empty() ? error.what()
                                   : verb.substr(0, verb.size() - 1) + ": " + error.what()) +
            " (see: cfc " + verb + "--help)";
@@ -200,6 +297,13 @@ class grammar {
   batch_command batch_;
   check_command check_;
   status_command status_;
+  wireless_status_command wireless_status_;
+  wireless_events_command wireless_events_;
+  wireless_stations_command wireless_stations_;
+  wireless_channels_command wireless_channels_;
+  firmware_info_command firmware_info_;
+  firmware_pack_command pack_;
+  firmware_write_command firmware_write_;
   std::string type_{name_of(value_kind::string)};
   std::optional<any_command> chosen_;
 };

@@ -123,6 +123,20 @@ json object_of(const ini_fault& fault) {
   return object;
 }
 
+json text_or_null(const std::string& text) {
+  return text.empty() ? json(nullptr) : json(text);
+}
+
+json object_of(const wireless_counts& counts) {
+  const auto number = [](const std::optional<std::uint32_t>& counter) {
+    return counter ? json(*counter) : json(nullptr);
+  };
+  return {{"unicast", number(counts.unicast)},
+          {"multicast", number(counts.multicast)},
+          {"dropped", number(counts.dropped)},
+          {"failed", number(counts.failed)}};
+}
+
 }  // namespace
 
 std::string json_of(const get_command& get, const answer& result) {
@@ -167,6 +181,34 @@ std::string json_of(const status_report& report) {
               {"queue", object_of(report.queue)}};
   add_code(object, report.code(), report.sentence());
   return line_of(object);
+}
+
+std::string json_of(const wireless_status_report& report) {
+  return line_of({{"interface", text_or_null(report.interface)},
+                  {"mac", text_or_null(report.mac_address)},
+                  {"received", object_of(report.received)},
+                  {"sent", object_of(report.sent)}});
+}
+
+std::string json_of(const wireless_event_report& report) {
+  json object{{"announced", report.announced}, {"events", json::array()}};
+  for (const wireless_event& each : report.events) {
+    object["events"].push_back(
+        {{"number", each.number}, {"mac", each.mac}, {"message", each.message}});
+  }
+  return line_of(object);
+}
+
+std::string json_of(const wireless_station_report& report) {
+  json object{{"stations", json::array()}};
+  for (const wireless_station& each : report.stations) {
+    object["stations"].push_back({{"number", each.number}, {"mac", each.mac}});
+  }
+  return line_of(object);
+}
+
+std::string json_of(const wireless_channel_report& report) {
+  return line_of({{"region", report.region}, {"first", report.first}, {"count", report.count}});
 }
 
 }  // namespace cfc

@@ -11,6 +11,7 @@
 #include "tools/cfc/check.h"
 #include "tools/cfc/status.h"
 #include "tools/cfc/value_verbs.h"
+#include "tools/cfc/wireless.h"
 
 namespace cfc {
 
@@ -18,6 +19,10 @@ std::string json_of(const get_command& get, const answer& result);
 std::string json_of(const batch_result& result);
 std::string json_of(const check_report& report);
 std::string json_of(const status_report& report);
+std::string json_of(const wireless_status_report& report);
+std::string json_of(const wireless_event_report& report);
+std::string json_of(const wireless_station_report& report);
+std::string json_of(const wireless_channel_report& report);
 
 }  // namespace cfc
 

@@ -41,13 +41,24 @@ _cfc_options() {
     set) printf '%s\n' --help --type ;;
     batch) printf '%s\n' --help --all-or-nothing --json ;;
     check | status) printf '%s\n' --help --json ;;
+    wireless)
+      printf '%s\n' --help
+      ((${#arguments[@]} < 2)) || printf '%s\n' --json
+      ;;
+    firmware)
+      printf '%s\n' --help
+      case ${arguments[1]} in
+        pack) printf '%s\n' --type --output --name --load --entry --time ;;
+        write) printf '%s\n' --yes ;;
+      esac
+      ;;
     register | flush | defaults) printf '%s\n' --help ;;
     *) printf '%s\n' --help --version ;;
   esac
 }
 
 _cfc_verbs() {
-  printf '%s\n' get set register flush defaults batch check status
+  printf '%s\n' get set register flush defaults batch check status wireless firmware
 }
 
 # The words in front of the current one that are neither options nor their types, the verb first.
@@ -66,6 +77,13 @@ _cfc_arguments() {
   done
 }
 
+_cfc_types() {
+  case ${arguments[0]} in
+    firmware) printf '%s\n' kernel ramdisk multi ;;
+    *) printf '%s\n' string u8 u16 u32 ip binary ;;
+  esac
+}
+
 _cfc_arguments_of() {
   case $1:${#arguments[@]} in
     get:1 | set:1) _cfc_offer "$2" < <(_cfc_sections) ;;
@@ -73,6 +91,10 @@ _cfc_arguments_of() {
       # Typed as a shell word, it may hold escapes.
       _cfc_offer "$2" < <(_cfc_keys "${arguments[1]//\\/}")
       ;;
+    firmware:1) _cfc_offer "$2" < <(printf '%s\n' info pack write) ;;
+    firmware:*) _cfc_offer "$2" < <(compgen -f -- "$2") ;;
+    wireless:1) _cfc_offer "$2" < <(printf '%s\n' status events stations channels) ;;
+    wireless:2) [[ ${arguments[1]} != channels ]] || _cfc_offer "$2" < <(printf '%s\n' 1 2 3 4 5) ;;
     batch:1 | check:1) _cfc_offer "$2" < <(compgen -f -- "$2") ;;
   esac
 }
@@ -83,7 +105,7 @@ _cfc() {
   [[ $previous == = ]] && previous=${COMP_WORDS[COMP_CWORD - 2]}
   _cfc_arguments
   if [[ $previous == --type ]]; then
-    _cfc_offer "$current" < <(printf '%s\n' string u8 u16 u32 ip binary)
+    _cfc_offer "$current" < <(_cfc_types)
   elif [[ $current == -* ]]; then
     _cfc_offer "$current" < <(_cfc_options "${arguments[0]}")
   elif ((${#arguments[@]} == 0)); then

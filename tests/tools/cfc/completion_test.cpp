@@ -90,6 +90,31 @@ TEST(Completion, offers_the_options_that_each_verb_knows) {
   }
 }
 
+TEST(Completion, offers_the_verbs_of_a_family_and_their_options) {
+  for (const char* family : {"wireless", "firmware"}) {
+    const string help = run_cfc({family, "--help"}).out;
+    const std::vector<string> verbs =
+        found_in(help.substr(help.find("Subcommands:")), "\n  ([a-z]+) ");
+    EXPECT_THAT(offers({"cfc", family, ""}), UnorderedElementsAreArray(verbs));
+    for (const string& verb : verbs) {
+      EXPECT_THAT(offers({"cfc", family, verb, "--"}),
+                  UnorderedElementsAreArray(
+                      found_in(run_cfc({family, verb, "--help"}).out, "[ ,](--[a-z-]+)[ \n]")))
+          << verb;
+    }
+  }
+  EXPECT_THAT(offers({"cfc", "wireless", "channels", ""}), ElementsAre("1", "2", "3", "4", "5"));
+  for (const char* verb : {"info", "write", "pack"}) {
+    EXPECT_THAT(offers({"cfc", "firmware", verb, PROREFLAX_SOURCE_DIR "/CMakeLi"}),
+                ElementsAre(PROREFLAX_SOURCE_DIR "/CMakeLists.txt"));
+  }
+  EXPECT_THAT(offers({"cfc", "firmware", "pack", "--type", ""}),
+              UnorderedElementsAre("kernel", "ramdisk", "multi"));
+  EXPECT_THAT(
+      offers({"cfc", "firmware", "pack", "--type", "multi", "-o", PROREFLAX_SOURCE_DIR "/CMakeLi"}),
+      ElementsAre(PROREFLAX_SOURCE_DIR "/CMakeLists.txt"));
+}
+
 TEST(Completion, offers_the_types) {
   EXPECT_THAT(offers({"cfc", "get", "--type", ""}),
               UnorderedElementsAre("string", "u8", "u16", "u32", "ip", "binary"));

@@ -38,7 +38,7 @@ std::vector<string> verbs() {
 
 TEST(Manual, names_every_verb) {
   const string page = manual();
-  ASSERT_EQ(verbs().size(), 8U);
+  ASSERT_EQ(verbs().size(), 10U);
   for (const string& verb : verbs()) {
     EXPECT_THAT(page, HasSubstr("\n.It Cm " + verb)) << verb;
     EXPECT_THAT(page, HasSubstr("\n.Cm " + verb)) << verb << " in the synopsis";
@@ -51,6 +51,24 @@ TEST(Manual, names_every_option) {
     for (const string& option : found_in(run_cfc({verb, "--help"}).out, "[ ,]-(-[a-z-]+)[ \n]")) {
       const string written = std::regex_replace(option, std::regex{"-"}, "\\-");
       EXPECT_THAT(page, HasSubstr("Fl " + written)) << verb;
+    }
+  }
+}
+
+TEST(Manual, names_every_verb_of_a_family) {
+  const string page = manual();
+  for (const string& family : verbs()) {
+    const string help = run_cfc({family, "--help"}).out;
+    const std::size_t members = help.find("Subcommands:");
+    for (const string& verb :
+         found_in(members == string::npos ? "" : help.substr(members), "\n  ([a-z]+) ")) {
+      EXPECT_THAT(page, HasSubstr("\n.It Cm " + family + " " + verb)) << family;
+      EXPECT_THAT(page, HasSubstr("\n.Cm " + family + " " + verb)) << family << " in the synopsis";
+      for (const string& option :
+           found_in(run_cfc({family, verb, "--help"}).out, "[ ,]-(-[a-z-]+)[ \n]")) {
+        const string written = std::regex_replace(option, std::regex{"-"}, "\\-");
+        EXPECT_THAT(page, HasSubstr("Fl " + written)) << family << " " << verb;
+      }
     }
   }
 }
