@@ -19,7 +19,7 @@ const fs::path source = PROREFLAX_SOURCE_DIR;
 /// arrows point down: transport knows nothing of values, values nothing of accessors; the store, the
 /// wireless readers and the firmware writer know none of them. The programs share with the
 /// library what is told in one place: the request's record, the rules of names, the grammar of a
-/// saved line, the forms of value texts, the tables of the sections.
+/// saved line, the forms of value texts, the tables of the sections, the rules of an image.
 const std::map<std::string, std::set<std::string>> may_include = {
     {"transport", {}},
     {"values", {"transport"}},
@@ -28,7 +28,7 @@ const std::map<std::string, std::set<std::string>> may_include = {
     {"wireless", {}},
     {"firmware", {}},
     {"service", {"store", "transport"}},
-    {"tools", {"accessors", "store", "transport", "values"}},
+    {"tools", {"accessors", "firmware", "store", "transport", "values"}},
 };
 
 const std::set<std::string> headers_of_c = {

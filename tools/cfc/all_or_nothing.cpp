@@ -42,7 +42,7 @@ bool may_have_happened(const batch_result& result) {
 
 class transaction {
  public:
-  explicit transaction(std::vector<batch_line> lines) {
+  transaction(std::vector<batch_line> lines, progress_report report) : report_{std::move(report)} {
     for (batch_line& line : lines) {
       steps_.push_back({.result = {.line = std::move(line)}, .former = {}});
     }
@@ -57,6 +57,13 @@ class transaction {
   }
 
  private:
+  /// A line is counted twice: when its former value is read, and when it is carried out.
+  void count_request() {
+    if (report_) {
+      report_(requests_++, 2 * steps_.size());
+    }
+  }
+
   bool no_failure() const { return first_ == exit_status::done && summary_.empty(); }
 
   void fail(step& each, exit_status status) {
@@ -134,6 +141,7 @@ class transaction {
     std::map<std::pair<std::string, std::string>, former_value> held_now;
     for (step& each : steps_) {
       const set_command* const set = each.set();
+      count_request();
       if (set == nullptr) {
         continue;
       }
@@ -152,7 +160,10 @@ class transaction {
     const set_command& set = *each.set();
     answer held = read_back(set);
     if (held.ok()) {
-      former = set_command{set.section, set.key, std::get<std::string>(*held.value)};
+      former = set_command{.section = set.section,
+                           .key = set.key,
+                           .value = std::get<std::string>(*held.value),
+                           .force = true};  // whatever it was
       require_undoable(each, *former);
     } else if (held.code != CFC_ERR_NO_KEY) {
       settle(each, std::move(held));
@@ -174,6 +185,7 @@ class transaction {
   void carry_out_lines() {
     const held_signals until_all_is_settled;
     for (step& each : steps_) {
+      count_request();
       settle(each, cfc::carry_out(*each.result.line.command, lock_flag::held));
       if (!no_failure()) {
         undo();
@@ -238,6 +250,8 @@ class transaction {
     return result;
   }
 
+  progress_report report_;
+  std::size_t requests_ = 0;
   std::vector<step> steps_;
   exit_status first_ = exit_status::done;
   std::string summary_;
@@ -245,8 +259,26 @@ class transaction {
 
 }  // namespace
 
-outcome carry_out_all_or_nothing(std::vector<batch_line> lines) {
-  return transaction{std::move(lines)}.carry_out();
+outcome carry_out_all_or_nothing(std::vector<batch_line> lines, progress_report report) {
+  return transaction{std::move(lines), std::move(report)}.carry_out();
+}
+
+void complain(const std::string& verb, const std::string& text_name, const outcome& result,
+              output& out) {
+  for (const batch_result& each : result.lines) {
+    const std::string place = each.line.number == 0
+                                  ? text_name + ": "
+                                  : text_name + ":" + std::to_string(each.line.number) + ": ";
+    if (each.state == line_state::failed) {
+      out.complain(place + failure_of(each));
+    }
+    if (!each.left_behind.empty()) {
+      out.complain(place + each.left_behind);
+    }
+  }
+  if (!result.summary.empty()) {
+    out.complain("cfc: " + verb + ": " + text_name + ": " + result.summary);
+  }
 }
 
 }  // namespace cfc

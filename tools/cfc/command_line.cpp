@@ -26,7 +26,7 @@ constexpr const char* exit_statuses =
 constexpr std::size_t image_name_max = 32;
 
 constexpr bool is_option_of_set(std::string_view word) {
-  return word.starts_with("--type=") || word == "--help" || word == "-h";
+  return word.starts_with("--type=") || word == "--force" || word == "--help" || word == "-h";
 }
 
 /// The place of VALUE among the words of a `set`; the number of words when it has none.
@@ -69,6 +69,14 @@ class grammar {
     add_status();
     add_wireless();
     add_firmware();
+    add_show();
+    add_sections();
+    add_export();
+    add_import();
+    add_diff();
+    add_edit();
+    add_acl();
+    add_time();
   }
   grammar(const grammar&) = delete;
   grammar& operator=(const grammar&) = delete;
@@ -134,6 +142,7 @@ class grammar {
         ->required()
         ->type_name("");
     add_type(verb);
+    verb->add_flag("--force", set_.force, "Set also what does not fit a known key");
     verb->callback([this] {
       set_.kind = kind();
       chosen_ = store_command{set_};
@@ -273,6 +282,76 @@ class grammar {
     verb->callback([this] { chosen_ = firmware_write_; });
   }
 
+  void add_show() {
+    CLI::App* const verb = add_verb("show", "Show what a section holds, or all sections");
+    add_known_section(verb, show_.section);
+    verb->add_flag("--secrets", show_.secrets, "Show passwords and keys too");
+    add_json(verb, show_.json);
+    verb->callback([this] { chosen_ = show_; });
+  }
+
+  void add_sections() {
+    CLI::App* const verb = add_verb("sections", "List the known sections, their fields and kinds");
+    add_known_section(verb, sections_.section);
+    add_json(verb, sections_.json);
+    verb->callback([this] { chosen_ = sections_; });
+  }
+
+  void add_export() {
+    CLI::App* const verb = add_verb("export", "Print all known sections as configuration text");
+    verb->add_flag("--json", export_.json, "Print them as one JSON object");
+    verb->callback([this] { chosen_ = export_; });
+  }
+
+  void add_import() {
+    CLI::App* const verb = add_verb("import", "Set what a text of export holds, all or nothing");
+    verb->add_option("FILE", import_.file, "The text, INI or JSON; - for standard input")
+        ->required()
+        ->type_name("");
+    verb->callback([this] { chosen_ = import_; });
+  }
+
+  void add_diff() {
+    CLI::App* const verb = add_verb("diff", "Show what differs from the factory file");
+    verb->add_flag("--secrets", diff_.secrets, "Show passwords and keys too");
+    verb->callback([this] { chosen_ = diff_; });
+  }
+
+  void add_edit() {
+    CLI::App* const verb = add_verb("edit", "Change a section in an editor, all or nothing");
+    verb->add_option("SECTION", edit_.section, "Name of the section")->required()->type_name("");
+    verb->callback([this] { chosen_ = edit_; });
+  }
+
+  void add_acl() {
+    CLI::App* const verb = add_verb("acl", "List or change the MAC access list");
+    verb->add_option("ACTION", acl_action_, "list, add or delete")
+        ->required()
+        ->check(CLI::IsMember({"list", "add", "delete"}))
+        ->type_name("");
+    verb->add_option("MAC", acl_.address, "The address to add or delete, such as 00:0c:43:28:80:01")
+        ->type_name("");
+    verb->callback([this, verb] {
+      acl_.action = acl_action_ == "list"  ? acl_command::list
+                    : acl_action_ == "add" ? acl_command::add
+                                           : acl_command::remove;
+      if ((verb->count("MAC") != 0) == (acl_.action == acl_command::list)) {
+        throw CLI::ValidationError{"MAC", "add and delete take one address, list takes none"};
+      }
+      chosen_ = acl_;
+    });
+  }
+
+  void add_time() {
+    CLI::App* const verb = add_verb("time", "Print local time and its offset from UTC");
+    add_json(verb, time_.json);
+    verb->callback([this] { chosen_ = time_; });
+  }
+
+  static void add_known_section(CLI::App* verb, std::string& section) {
+    verb->add_option("SECTION", section, "Name of the section; all without it")->type_name("");
+  }
+
   std::string help() const {
     std::string text = app_.help();
     text.erase(text.find_last_not_of('\n') + 1);
@@ -304,6 +383,15 @@ class grammar {
   firmware_info_command firmware_info_;
   firmware_pack_command pack_;
   firmware_write_command firmware_write_;
+  show_command show_;
+  sections_command sections_;
+  export_command export_;
+  import_command import_;
+  diff_command diff_;
+  edit_command edit_;
+  acl_command acl_;
+  std::string acl_action_;
+  time_command time_;
   std::string type_{name_of(value_kind::string)};
   std::optional<any_command> chosen_;
 };

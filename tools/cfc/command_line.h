@@ -12,10 +12,17 @@
 
 #include "tools/cfc/batch.h"
 #include "tools/cfc/check.h"
+#include "tools/cfc/diff.h"
+#include "tools/cfc/edit.h"
 #include "tools/cfc/exit_status.h"
+#include "tools/cfc/export.h"
 #include "tools/cfc/firmware_info.h"
 #include "tools/cfc/firmware_pack.h"
 #include "tools/cfc/firmware_write.h"
+#include "tools/cfc/import.h"
+#include "tools/cfc/local_time.h"
+#include "tools/cfc/mac_list.h"
+#include "tools/cfc/show.h"
 #include "tools/cfc/status.h"
 #include "tools/cfc/value_verbs.h"
 #include "tools/cfc/wireless.h"
@@ -23,8 +30,10 @@
 namespace cfc {
 
 using any_command =
-    std::variant<store_command, batch_command, check_command, status_command, wireless_command,
-                 firmware_info_command, firmware_pack_command, firmware_write_command>;
+    std::variant<store_command, batch_command, check_command, status_command, show_command,
+                 sections_command, export_command, import_command, diff_command, edit_command,
+                 acl_command, time_command, wireless_command, firmware_info_command,
+                 firmware_pack_command, firmware_write_command>;
 
 /// A command, or a text to print instead: the help that was asked for (status done), or what is wrong
 /// with the line.

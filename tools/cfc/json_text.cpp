@@ -137,7 +137,100 @@ json object_of(const wireless_counts& counts) {
           {"failed", number(counts.failed)}};
 }
 
+json object_of(const section_entry& entry, bool secrets) {
+  json object{{"key", entry.key.name()}, {"type", name_of(kind_of(entry.key.which))}};
+  if (!entry.text) {
+    object["set"] = false;
+  } else if (!secrets && is_secret(entry.key.which)) {
+    object["value"] = nullptr;
+    object["hidden"] = true;
+  } else if (const parsed_value value = read_stored(entry.key.which, *entry.text);
+             value.code == CFC_OK) {
+    add_value(object, value.value);
+  } else {
+    add_value(object, *entry.text);
+    object["broken"] = value.sentence;
+  }
+  return object;
+}
+
+json object_of(const proreflax::field& which) {
+  json object{{"name", which.name}, {"type", name_of(kind_of(which))}};
+  if (which.is_array()) {
+    object["count"] = which.count;
+  }
+  if (kind_of(which) == value_kind::string) {
+    object["most_characters"] = which.capacity - 1;
+  } else if (kind_of(which) == value_kind::binary) {
+    object["bytes"] = which.capacity;
+  }
+  object["secret"] = is_secret(which);
+  return object;
+}
+
+/// A text that is no UTF-8 as an object with its bytes, so that it comes back as it was.
+json exported_text(const std::string& text) {
+  return is_utf8(text) ? json(text)
+                       : json{{"bytes", show_value(binary_data{text.begin(), text.end()})}};
+}
+
+/// Pair by pair: a value may have more bytes than the type binary takes.
+std::optional<std::string> text_of_bytes(const std::string& pairs) {
+  constexpr std::size_t pair = 3;  // with its colon
+  std::string text;
+  for (std::size_t at = 0; at < pairs.size(); at += pair) {
+    const parsed_value byte = parse_value(value_kind::binary, pairs.substr(at, 2));
+    const bool joined = at + 2 >= pairs.size() || pairs[at + 2] == ':';
+    if (byte.code != CFC_OK || !joined) {
+      return std::nullopt;
+    }
+    text += static_cast<char>(std::get<binary_data>(byte.value).front());
+  }
+  return text;
+}
+
+std::optional<std::string> imported_text(const json& value) {
+  if (value.is_string()) {
+    return value.get<std::string>();
+  }
+  if (value.is_number_integer()) {
+    return value.dump();
+  }
+  const bool has_bytes = value.is_object() && value.size() == 1 && value.contains("bytes") &&
+                         value["bytes"].is_string();
+  return has_bytes ? text_of_bytes(value["bytes"].get<std::string>()) : std::nullopt;
+}
+
+json parsed_object(const std::string& text, std::string& failure) {
+  try {
+    json object = json::parse(text);
+    if (object.is_object()) {
+      return object;
+    }
+    failure = "this is no JSON object";
+  } catch (const json::parse_error& error) {
+    failure = printable(error.what());
+  }
+  return json::object();
+}
+
 }  // namespace
+
+std::string json_of(const section_values& values, bool secrets) {
+  json object{{"section", values.name()}, {"entries", json::array()}};
+  for (const section_entry& each : values.entries) {
+    object["entries"].push_back(object_of(each, secrets));
+  }
+  return line_of(object);
+}
+
+std::string json_of(const proreflax::listed_section& section) {
+  json object{{"section", section.table.name()}, {"fields", json::array()}};
+  for (const proreflax::field& each : section.table) {
+    object["fields"].push_back(object_of(each));
+  }
+  return line_of(object);
+}
 
 std::string json_of(const get_command& get, const answer& result) {
   json object;
@@ -209,6 +302,44 @@ std::string json_of(const wireless_station_report& report) {
 
 std::string json_of(const wireless_channel_report& report) {
   return line_of({{"region", report.region}, {"first", report.first}, {"count", report.count}});
+}
+
+std::string json_of_time(std::int32_t offset_seconds, const std::string& local_time) {
+  return line_of(json{{"offset_seconds", offset_seconds}, {"local_time", local_time}});
+}
+
+std::string json_of_export(const std::vector<section_values>& sections) {
+  json object = json::object();
+  for (const section_values& each : sections) {
+    json& entries = object[each.name()] = json::object();
+    for (const section_entry& entry : each.entries) {
+      if (entry.text) {
+        entries[entry.key.name()] = exported_text(*entry.text);
+      }
+    }
+  }
+  return object.dump(1, ' ', false, json::error_handler_t::replace);
+}
+
+std::vector<set_command> read_export(const std::string& text, std::string& failure) {
+  std::vector<set_command> sets;
+  const json object = parsed_object(text, failure);
+  for (const auto& [section, entries] : object.items()) {
+    if (!entries.is_object()) {
+      failure = "section " + cfc::quoted(section) + " is no object of keys and values";
+      return {};
+    }
+    for (const auto& [key, value] : entries.items()) {
+      const auto imported = imported_text(value);
+      if (!imported) {
+        failure = "section " + cfc::quoted(section) + " key " + cfc::quoted(key) +
+                  ": the value is neither a text nor a whole number";
+        return {};
+      }
+      sets.push_back({.section = section, .key = key, .value = *imported});
+    }
+  }
+  return sets;
 }
 
 }  // namespace cfc

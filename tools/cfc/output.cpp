@@ -44,4 +44,10 @@ void output::complain(std::string_view line) const {
   write_whole(complaints_, std::string{line} + '\n');
 }
 
+void output::progress(std::string_view text) const {
+  if (isatty(complaints_) == 1) {
+    write_whole(complaints_, "\r\x1b[K" + std::string{text});
+  }
+}
+
 }  // namespace cfc

@@ -20,6 +20,8 @@ class output {
   void result(std::string_view line);
   /// A line of standard error.
   void complain(std::string_view line) const;
+  /// Replaces the present line of standard error where that is a terminal; says nothing elsewhere.
+  void progress(std::string_view text) const;
 
   /// The errno of the first result that could not be written; 0 when all were.
   int write_error() const { return write_error_; }

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "tools/cfc/json_text.h"
+#include "tools/cfc/known_sections.h"
 #include "tools/cfc/name_rules.h"
 #include "tools/cfc/result_text.h"
 #include "tools/cfc/status.h"
@@ -37,10 +38,25 @@ answer screen_names(const std::string& section, const std::string& key) {
       {refused_by_rule(broken_section_rule(section)), refused_by_rule(broken_key_rule(key))});
 }
 
+/// What the getter of a known section would not read is not set, unless it is forced.
+answer screen_known_value(const set_command& set, const typed_value& value) {
+  const auto known = set.force ? std::nullopt : find_known_key(set.section, set.key);
+  if (!known) {
+    return {};
+  }
+  const parsed_value read = read_stored(known->which, stored_text(value));
+  return read.code == CFC_OK
+             ? answer{}
+             : refused(read.code, read.sentence + " (--force sets it all the same)");
+}
+
 answer screen_value(const set_command& set) {
   const parsed_value parsed = parse_value(set.kind, set.value);
-  return first_refusal({refused(parsed.code, parsed.sentence),
-                        refused_by_rule(broken_entry_rule(set.key, set.value))});
+  if (parsed.code != CFC_OK) {
+    return refused(parsed.code, parsed.sentence);
+  }
+  return first_refusal({refused_by_rule(broken_entry_rule(set.key, set.value)),
+                        screen_known_value(set, parsed.value)});
 }
 
 struct screener {

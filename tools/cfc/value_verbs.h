@@ -30,6 +30,7 @@ struct set_command {
   std::string key;
   std::string value;
   value_kind kind = value_kind::string;
+  bool force = false;  // also what the section's getter would not read
 };
 
 struct register_command {

@@ -1,8 +1,9 @@
 # Completion of cfc for bash.
 #
-# Verbs, options and types are the program's. Sections and keys are those of the factory file: what an
-# application registered later cannot be known without asking the service, and a key press must not
-# wait for the device's lock. CFC_FACTORY_FILE names another factory file.
+# Verbs, options and types are the program's. Sections and keys are those that the program knows by
+# itself and those of the factory file: what an application registered later cannot be known without
+# asking the service, and a key press must not wait for the device's lock. CFC_FACTORY_FILE names
+# another factory file.
 
 # Adds what begins with $1 of the lines on standard input, written so that it is one word.
 _cfc_offer() {
@@ -19,8 +20,40 @@ _cfc_factory() {
   cat -- "${CFC_FACTORY_FILE:-/etc/config-file.ini}" 2>/dev/null
 }
 
+# The lines of `cfc sections`: a section, and indented its fields, an array with its last index.
+_cfc_known() {
+  "${COMP_WORDS[0]}" sections 2>/dev/null
+}
+
+_cfc_known_sections() {
+  _cfc_known | sed -n '/^[^ ]/p'
+}
+
+# The keys of the known section $1.
+_cfc_known_keys() {
+  local line section= name last i
+  _cfc_known | while IFS= read -r line; do
+    if [[ $line != ' '* ]]; then
+      section=$line
+    elif [[ $section == "$1" ]]; then
+      read -r name _ <<<"$line"
+      if [[ $name == *\[0..*\] ]]; then
+        last=${name##*..}
+        for ((i = 0; i <= ${last%]}; i++)); do
+          printf '%s[%d]\n' "${name%%\[*}" "$i"
+        done
+      else
+        printf '%s\n' "$name"
+      fi
+    fi
+  done
+}
+
 _cfc_sections() {
-  _cfc_factory | sed -n 's/^\[\(.*\)]$/\1/p' | sort -u
+  {
+    _cfc_known_sections
+    _cfc_factory | sed -n 's/^\[\(.*\)]$/\1/p'
+  } | sort -u
 }
 
 # The keys of section $1.
@@ -38,9 +71,8 @@ _cfc_keys() {
 _cfc_options() {
   case $1 in
     get) printf '%s\n' --help --type --json ;;
-    set) printf '%s\n' --help --type ;;
+    set) printf '%s\n' --help --type --force ;;
     batch) printf '%s\n' --help --all-or-nothing --json ;;
-    check | status) printf '%s\n' --help --json ;;
     wireless)
       printf '%s\n' --help
       ((${#arguments[@]} < 2)) || printf '%s\n' --json
@@ -52,13 +84,17 @@ _cfc_options() {
         write) printf '%s\n' --yes ;;
       esac
       ;;
-    register | flush | defaults) printf '%s\n' --help ;;
+    show) printf '%s\n' --help --secrets --json ;;
+    diff) printf '%s\n' --help --secrets ;;
+    check | status | sections | export | time) printf '%s\n' --help --json ;;
+    register | flush | defaults | import | edit | acl) printf '%s\n' --help ;;
     *) printf '%s\n' --help --version ;;
   esac
 }
 
 _cfc_verbs() {
-  printf '%s\n' get set register flush defaults batch check status wireless firmware
+  printf '%s\n' get set register flush defaults batch check status \
+    show sections export import diff edit acl time wireless firmware
 }
 
 # The words in front of the current one that are neither options nor their types, the verb first.
@@ -89,13 +125,18 @@ _cfc_arguments_of() {
     get:1 | set:1) _cfc_offer "$2" < <(_cfc_sections) ;;
     get:2 | set:2)
       # Typed as a shell word, it may hold escapes.
-      _cfc_offer "$2" < <(_cfc_keys "${arguments[1]//\\/}")
+      _cfc_offer "$2" < <({
+        _cfc_known_keys "${arguments[1]//\\/}"
+        _cfc_keys "${arguments[1]//\\/}"
+      } | sort -u)
       ;;
     firmware:1) _cfc_offer "$2" < <(printf '%s\n' info pack write) ;;
     firmware:*) _cfc_offer "$2" < <(compgen -f -- "$2") ;;
     wireless:1) _cfc_offer "$2" < <(printf '%s\n' status events stations channels) ;;
     wireless:2) [[ ${arguments[1]} != channels ]] || _cfc_offer "$2" < <(printf '%s\n' 1 2 3 4 5) ;;
-    batch:1 | check:1) _cfc_offer "$2" < <(compgen -f -- "$2") ;;
+    show:1 | sections:1 | edit:1) _cfc_offer "$2" < <(_cfc_known_sections) ;;
+    acl:1) _cfc_offer "$2" < <(printf '%s\n' list add delete) ;;
+    batch:1 | check:1 | import:1) _cfc_offer "$2" < <(compgen -f -- "$2") ;;
   esac
 }
 

@@ -76,7 +76,7 @@ TEST(Completion, offers_the_verbs_that_the_program_knows) {
   const string help = run_cfc({"--help"}).out;
   const string verbs = help.substr(help.find("Subcommands:"));
   EXPECT_THAT(offers({"cfc", ""}), UnorderedElementsAreArray(found_in(verbs, "\n  ([a-z]+) ")));
-  EXPECT_THAT(offers({"cfc", "s"}), UnorderedElementsAre("set", "status"));
+  EXPECT_THAT(offers({"cfc", "s"}), UnorderedElementsAre("set", "status", "show", "sections"));
   EXPECT_THAT(offers({"cfc", "x"}), IsEmpty());
 }
 
@@ -125,7 +125,7 @@ TEST(Completion, offers_the_types) {
 }
 
 TEST(Completion, offers_files_to_batch_and_check) {
-  for (const char* verb : {"batch", "check"}) {
+  for (const char* verb : {"batch", "check", "import"}) {
     EXPECT_THAT(offers({"cfc", verb, PROREFLAX_SOURCE_DIR "/CMakeLi"}),
                 ElementsAre(PROREFLAX_SOURCE_DIR "/CMakeLists.txt"));
   }
@@ -146,6 +146,23 @@ TEST(Completion, offers_the_keys_of_the_section_in_the_factory_file) {
   EXPECT_THAT(offers({"cfc", "get", "TWO\\ WORDS", ""}), ElementsAre("b\\ c"));
   EXPECT_THAT(offers({"cfc", "get", "NONE", ""}), IsEmpty());
   EXPECT_THAT(offers({"cfc", "get", "LAN", "ab", ""}), IsEmpty());
+}
+
+TEST(Completion, offers_the_sections_and_keys_that_the_program_knows) {
+  const string cfc = PROREFLAX_DEVICE_ROOT "/programs/cfc";
+  EXPECT_THAT(
+      offers({cfc, "show", "WLS_"}),
+      UnorderedElementsAre("WLS_DOMAIN", "WLS_WEP", "WLS_EXT", "WLS_WPA", "WLS_ACL", "WLS_WDS"));
+  EXPECT_THAT(offers({cfc, "edit", "SN"}), UnorderedElementsAre("SNTPC", "SNXCAM"));
+  // The factory file's beside them.
+  EXPECT_THAT(offers({cfc, "get", "LAN", "LanI"}), ElementsAre("LanIPAddr"));
+  EXPECT_THAT(offers({cfc, "get", "LAN", "LanL"}), ElementsAre("LanLate"));
+  EXPECT_THAT(offers({cfc, "set", "RPTIPS_DB", ""}),
+              UnorderedElementsAre("host\\[0\\]", "host\\[1\\]", "port\\[0\\]", "port\\[1\\]"));
+}
+
+TEST(Completion, offers_the_actions_of_acl) {
+  EXPECT_THAT(offers({"cfc", "acl", ""}), UnorderedElementsAre("list", "add", "delete"));
 }
 
 TEST(Completion, is_silent_without_a_factory_file) {

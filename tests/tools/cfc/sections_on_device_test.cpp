@@ -1,0 +1,271 @@
+// The verbs of whole sections against the real service, which loaded the device's factory file.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "tests/support/device_root.h"
+#include "tests/support/request_queue.h"
+#include "tests/support/service_process.h"
+#include "tests/tools/cfc/run_program.h"
+
+using nlohmann::json;
+using std::string;
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+string shipped_factory_text() {
+  std::ifstream file{PROREFLAX_SOURCE_DIR "/device/etc/config-file.ini"};
+  return {std::istreambuf_iterator<char>{file}, {}};
+}
+
+class CfcSections : public testing::Test {
+ protected:
+  CfcSections() {
+    device_root::clear();
+    device_root::install_flash_tool();
+    device_root::write("/etc/config-file.ini", shipped_factory_text());
+    service_.emplace();
+  }
+  ~CfcSections() override {
+    unsetenv("VISUAL");
+    unsetenv("EDITOR");
+  }
+
+  static string value(const string& section, const string& key) {
+    return run_cfc({"get", section, key}).out;
+  }
+
+  /// Runs `edit` with a shell script for an editor; $1 is the file.
+  static ended edit(const string& section, const string& script) {
+    device_root::write("/var/editor", "#!/bin/sh\n" + script + "\n");
+    setenv("VISUAL", ("/bin/sh " + device_root::path("/var/editor").string()).c_str(), 1);
+    return run_cfc({"edit", section});
+  }
+
+  std::optional<service_process> service_;
+};
+
+}  // namespace
+
+// ---- show and sections --------------------------------------------------------------------------
+
+TEST_F(CfcSections, show_prints_a_section_as_a_person_reads_it) {
+  const ended lan = run_cfc({"show", "LAN"});
+  EXPECT_EQ(lan.status, 0) << lan.err;
+  EXPECT_THAT(lan.out, StartsWith("[LAN]\nConnType    0               u32\n"
+                                  "LanIPAddr   192.168.62.1    ip\n"));
+  EXPECT_THAT(run_cfc({"show", "WLS_ACL"}).out, HasSubstr("macFilters[0..79]  empty"));
+  EXPECT_THAT(run_cfc({"show", "WIRELESS"}).out, HasSubstr(" 02:00:5e:10:20:30 "));
+}
+
+TEST_F(CfcSections, show_hides_passwords_unless_secrets_are_asked_for) {
+  EXPECT_THAT(run_cfc({"show", "WEBLOG"}).out,
+              AllOf(HasSubstr("user_name  admin"), HasSubstr("password   (hidden)")));
+  EXPECT_THAT(run_cfc({"show", "WEBLOG", "--secrets"}).out, HasSubstr("password   admin"));
+  EXPECT_THAT(run_cfc({"show", "WEBLOG", "--json"}).out, HasSubstr("\"hidden\":true"));
+  EXPECT_THAT(run_cfc({"show", "WEBLOG", "--json", "--secrets"}).out, Not(HasSubstr("hidden")));
+}
+
+TEST_F(CfcSections, show_prints_every_section_and_so_does_json) {
+  const ended all = run_cfc({"show"});
+  EXPECT_EQ(all.status, 0) << all.err;
+  EXPECT_THAT(all.out, Not(HasSubstr("(not set)")));
+  EXPECT_THAT(all.out, Not(HasSubstr("its value is none")));
+  EXPECT_THAT(all.out, Not(HasSubstr("change-me-please")));
+  std::istringstream lines{run_cfc({"show", "--json"}).out};
+  int count = 0;
+  for (string each; std::getline(lines, each); ++count) {
+    EXPECT_FALSE(json::parse(each)["entries"].empty());
+  }
+  EXPECT_EQ(count, 45);
+}
+
+TEST_F(CfcSections, an_unknown_section_is_not_there) {
+  const ended show = run_cfc({"show", "NONE"});
+  EXPECT_EQ(show.status, 3);
+  EXPECT_EQ(show.out, "");
+  EXPECT_THAT(show.err, HasSubstr("\"NONE\" is not known here"));
+  EXPECT_EQ(run_cfc({"edit", "NONE"}).status, 3);
+  EXPECT_EQ(run_cfc({"sections", "NONE"}).status, 3);
+}
+
+TEST_F(CfcSections, sections_are_listed_without_the_service) {
+  service_.reset();
+  EXPECT_THAT(run_cfc({"sections"}).out, HasSubstr("\nLAN\n  ConnType "));
+  EXPECT_THAT(run_cfc({"sections", "WLS_ACL"}).out, StartsWith("WLS_ACL\n  macFilters[0..79] "));
+  const json schema = json::parse(run_cfc({"sections", "WLS_ACL", "--json"}).out);
+  EXPECT_EQ(schema["section"], "WLS_ACL");
+  EXPECT_EQ(schema["fields"][0]["count"], 80);
+  EXPECT_EQ(schema["fields"][0]["bytes"], 6);
+}
+
+TEST_F(CfcSections, without_a_service_every_verb_says_so) {
+  service_->end(SIGKILL);
+  for (const std::vector<string>& words :
+       {std::vector<string>{"show"}, {"export"}, {"edit", "LAN"}, {"acl", "list"}, {"time"}}) {
+    const ended refused = run_cfc(words);
+    EXPECT_EQ(refused.status, 1) << words[0];
+    EXPECT_EQ(refused.out, "") << words[0];
+    EXPECT_THAT(refused.err, HasSubstr("230 CFC_ERR_NO_SEM")) << words[0];
+  }
+  EXPECT_EQ(run_cfc({"diff"}).status, 2);
+}
+
+// ---- set ----------------------------------------------------------------------------------------
+
+TEST_F(CfcSections, set_refuses_what_a_getter_would_not_read_unless_forced) {
+  const ended refused = run_cfc({"set", "LAN", "LanIPAddr", "10.0.0"});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.err, HasSubstr("this key takes an IPv4 address"));
+  EXPECT_EQ(value("LAN", "LanIPAddr"), "192.168.62.1\n");
+  EXPECT_EQ(run_cfc({"set", "LAN", "LanIPAddr", "10.0.0", "--force"}).status, 0);
+  EXPECT_EQ(value("LAN", "LanIPAddr"), "10.0.0\n");
+  EXPECT_THAT(run_cfc({"show", "LAN"}).out, HasSubstr("ip (its value is none)"));
+}
+
+// ---- export and import --------------------------------------------------------------------------
+
+TEST_F(CfcSections, what_is_exported_is_what_the_loader_and_import_read) {
+  for (const std::vector<string>& words : {std::vector<string>{"export"}, {"export", "--json"}}) {
+    const string before = run_cfc(words).out;
+    ASSERT_EQ(run_cfc({"set", "LAN", "LanIPAddr", "10.0.0.5"}).status, 0);
+    ASSERT_EQ(run_cfc({"set", "WEBLOG", "password", "other"}).status, 0);
+    ASSERT_NE(run_cfc(words).out, before);
+    const ended import = run_cfc({"import", "-"}, before);
+    EXPECT_EQ(import.status, 0) << import.err;
+    EXPECT_EQ(import.out + import.err, "");
+    EXPECT_EQ(run_cfc(words).out, before);
+  }
+  EXPECT_EQ(run_cfc({"check", "-"}, run_cfc({"export"}).out).status, 0);
+}
+
+TEST_F(CfcSections, an_import_is_refused_as_a_whole_with_its_lines) {
+  const ended grammar = run_cfc({"import", "-"}, "[LAN]\nConnType=7\nnothing\n");
+  EXPECT_EQ(grammar.status, 1);
+  EXPECT_THAT(grammar.err, HasSubstr("stdin:3: "));
+  const ended rule = run_cfc({"import", "-"}, "[LAN]\nConnType=7\nLanGw=x\n");
+  EXPECT_EQ(rule.status, 1);
+  EXPECT_THAT(rule.err, HasSubstr("stdin:3: set section \"LAN\" key \"LanGw\""));
+  const ended section =
+      run_cfc({"import", "-"}, "{\"LAN\":{\"ConnType\":7},\"NONE\":{\"k\":\"v\"}}");
+  EXPECT_EQ(section.status, 3);
+  EXPECT_THAT(section.err, HasSubstr("209 CFC_ERR_NO_SECTION"));
+  EXPECT_EQ(run_cfc({"import", "/nowhere"}).status, 1);
+  EXPECT_EQ(value("LAN", "ConnType"), "0x00000000\n");
+}
+
+// ---- diff ---------------------------------------------------------------------------------------
+
+TEST_F(CfcSections, diff_tells_what_differs_from_the_factory_file) {
+  const ended same = run_cfc({"diff"});
+  EXPECT_EQ(same.status, 0) << same.err;
+  EXPECT_EQ(same.out, "");
+  ASSERT_EQ(run_cfc({"set", "LAN", "ConnType", "0"}).status, 0);  // says the same
+  EXPECT_EQ(run_cfc({"diff"}).status, 0);
+  ASSERT_EQ(run_cfc({"set", "LAN", "LanIPAddr", "10.0.0.5"}).status, 0);
+  ASSERT_EQ(run_cfc({"set", "WEBLOG", "password", "other"}).status, 0);
+  const ended other = run_cfc({"diff"});
+  EXPECT_EQ(other.status, 1);
+  EXPECT_EQ(other.out,
+            "[LAN]\n-LanIPAddr=192.168.62.1\n+LanIPAddr=10.0.0.5\n"
+            "[WEBLOG]\n-password=(hidden)\n+password=(hidden)\n");
+  EXPECT_THAT(run_cfc({"diff", "--secrets"}).out, EndsWith("-password=admin\n+password=other\n"));
+}
+
+TEST_F(CfcSections, diff_without_a_factory_file_is_trouble) {
+  std::filesystem::remove(device_root::path("/etc/config-file.ini"));
+  const ended trouble = run_cfc({"diff"});
+  EXPECT_EQ(trouble.status, 2);
+  EXPECT_THAT(trouble.err, HasSubstr("config-file.ini: cannot be opened"));
+}
+
+// ---- edit ---------------------------------------------------------------------------------------
+
+TEST_F(CfcSections, edit_sets_what_was_changed) {
+  const ended edited = edit("LAN", "sed -i 's/^LanIPAddr=.*/LanIPAddr=10.0.0.5/' \"$1\"");
+  EXPECT_EQ(edited.status, 0) << edited.err;
+  EXPECT_EQ(value("LAN", "LanIPAddr"), "10.0.0.5\n");
+  EXPECT_EQ(value("LAN", "ConnType"), "0x00000000\n");
+}
+
+TEST_F(CfcSections, edit_takes_addresses_with_colons) {
+  const ended edited =
+      edit("WLS_ACL", "sed -i 's/^\\(macFilters.5.\\)=.*/\\1=00:0c:43:28:80:01/' \"$1\"");
+  EXPECT_EQ(edited.status, 0) << edited.err;
+  EXPECT_EQ(value("WLS_ACL", "macFilters[5]"), "0x018028430c00\n");
+}
+
+TEST_F(CfcSections, edit_refuses_the_whole_text_with_line_numbers) {
+  const ended refused = edit("LAN", "printf 'ConnType=7\\nLanGw=x\\n' >\"$1\"");
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.err,
+              AllOf(StartsWith("LAN:2: key \"LanGw\""), HasSubstr("nothing was changed")));
+  EXPECT_EQ(value("LAN", "ConnType"), "0x00000000\n");
+}
+
+TEST_F(CfcSections, edit_changes_nothing_when_the_editor_fails_or_changes_nothing) {
+  EXPECT_EQ(edit("LAN", "echo ConnType=7 >\"$1\"; exit 3").status, 1);
+  EXPECT_EQ(value("LAN", "ConnType"), "0x00000000\n");
+  const ended same = edit("LAN", "true");
+  EXPECT_EQ(same.status, 0);
+  EXPECT_EQ(same.err, "cfc: edit: nothing was changed\n");
+}
+
+TEST_F(CfcSections, the_edited_file_is_its_owners_alone_and_gone_afterwards) {
+  const string seen = device_root::path("/var/seen");
+  EXPECT_EQ(edit("WEBLOG", "stat -c '%a %n' \"$1\" >" + seen).status, 0);
+  const string text = device_root::read("/var/seen").value_or("");
+  ASSERT_THAT(text, StartsWith("600 "));
+  EXPECT_FALSE(std::filesystem::exists(text.substr(4, text.size() - 5)));
+}
+
+// ---- acl and time -------------------------------------------------------------------------------
+
+TEST_F(CfcSections, the_access_list_is_edited_by_address) {
+  EXPECT_EQ(run_cfc({"acl", "list"}).out, "");
+  EXPECT_EQ(run_cfc({"acl", "add", "00:0c:43:28:80:01"}).status, 0);
+  EXPECT_EQ(run_cfc({"acl", "add", "000C43288002"}).status, 0);
+  EXPECT_EQ(run_cfc({"acl", "list"}).out, "00:0c:43:28:80:01\n00:0c:43:28:80:02\n");
+  EXPECT_EQ(run_cfc({"acl", "delete", "00:0c:43:28:80:01"}).status, 0);
+  EXPECT_EQ(run_cfc({"acl", "list"}).out, "00:0c:43:28:80:02\n");
+}
+
+TEST_F(CfcSections, what_is_no_address_is_wrong_usage) {
+  for (const char* address : {"", "00:0c:43:28:80", "00:00:00:00:00:00", "00-0c-43-28-80-01"}) {
+    EXPECT_EQ(run_cfc({"acl", "add", address}).status, 2) << address;
+  }
+  EXPECT_EQ(run_cfc({"acl", "add"}).status, 2);
+  EXPECT_EQ(run_cfc({"acl", "list", "00:0c:43:28:80:01"}).status, 2);
+  EXPECT_EQ(run_cfc({"acl", "frob"}).status, 2);
+}
+
+TEST_F(CfcSections, a_full_access_list_says_so) {
+  std::string full = "[WLS_ACL]\n";
+  for (int i = 0; i < 80; ++i) {
+    full += "macFilters[" + std::to_string(i) + "]=0x0000000001" + (i < 10 ? "0" : "") +
+            std::to_string(i) + "\n";
+  }
+  ASSERT_EQ(run_cfc({"import", "-"}, full).status, 0);
+  const ended add = run_cfc({"acl", "add", "00:0c:43:28:80:01"});
+  EXPECT_EQ(add.status, 1);
+  EXPECT_THAT(add.err, HasSubstr("the access list is full"));
+}
+
+TEST_F(CfcSections, time_tells_offset_and_local_time) {
+  ASSERT_EQ(run_cfc({"set", "SNTPC", "tzdetail", "(GMT-03:30) Newfoundland"}).status, 0);
+  EXPECT_THAT(run_cfc({"time"}).out, StartsWith("offset: -03:30 (-12600 seconds)\nlocal time: "));
+  const json told = json::parse(run_cfc({"time", "--json"}).out);
+  EXPECT_EQ(told["offset_seconds"], -12600);
+  EXPECT_FALSE(told["local_time"].get<string>().empty());
+}
