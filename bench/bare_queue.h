@@ -9,8 +9,8 @@
 
 namespace bench {
 
-/// A child process that takes requests off the queue and answers each with `value`, until this object
-/// goes.
+/// A child process that takes requests off the queue and answers each with `value`, until this
+/// object goes.
 class echo_process {
  public:
   echo_process(int queue, std::string_view value);
@@ -22,8 +22,8 @@ class echo_process {
   pid_t child_;
 };
 
-/// Asks for one value as a program without the library would: look up and take the lock, look up the
-/// queue, send, receive, give the lock back. The request is made once, when the object is.
+/// Asks for one value as a program without the library would: look up and take the lock, look up
+/// the queue, send, receive, give the lock back. The request is made once, when the object is.
 class bare_client {
  public:
   bare_client(std::string_view section, std::string_view key);

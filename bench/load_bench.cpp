@@ -1,7 +1,7 @@
-// Loading a large text into the store and releasing it, against what no loader of such a store can do
-// without: a line read and a block of memory for every line, and all the blocks freed in the end.
-// The blocks are kept until the last line is read, as the store keeps its records; nothing is copied
-// into them.
+// Loading a large text into the store and releasing it, against what no loader of such a store can
+// do without: a line read and a block of memory for every line, and all the blocks freed in the
+// end. The blocks are kept until the last line is read, as the store keeps its records; nothing is
+// copied into them.
 #include <benchmark/benchmark.h>
 #include <proreflax/store.h>
 

@@ -1,9 +1,9 @@
-// Measures the figures and prints them as a table: what was measured, its ratio, the limit and whether
-// it holds. Ends with 1 when a limit is exceeded or a figure could not be measured.
+// Measures the figures and prints them as a table: what was measured, its ratio, the limit and
+// whether it holds. Ends with 1 when a limit is exceeded or a figure could not be measured.
 //
-// --quick measures a tenth of the rounds; its figures are rough, and only one that is a quarter over
-// its limit counts as a failure. The options of Google Benchmark work too: --benchmark_filter=REGEX
-// chooses figures, --benchmark_out=FILE keeps the times and all else.
+// --quick measures a tenth of the rounds; its figures are rough, and only one that is a quarter
+// over its limit counts as a failure. The options of Google Benchmark work too:
+// --benchmark_filter=REGEX chooses figures, --benchmark_out=FILE keeps the times and all else.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>

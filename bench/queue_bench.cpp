@@ -1,5 +1,5 @@
-// A typed value over the queue, against the bare system calls of the same exchange. Both ask the same
-// process, which answers every request with the same value at once.
+// A typed value over the queue, against the bare system calls of the same exchange. Both ask the
+// same process, which answers every request with the same value at once.
 #include <benchmark/benchmark.h>
 #include <proreflax/config.h>
 #include <pthread.h>
@@ -60,8 +60,8 @@ void one_process(benchmark::State& state) {
   }
 }
 
-/// Processes that ask all at once. They stay for all rounds: starting and ending them costs more than
-/// what is measured.
+/// Processes that ask all at once. They stay for all rounds: starting and ending them costs more
+/// than what is measured.
 class crowd {
  public:
   static constexpr int size = 64;

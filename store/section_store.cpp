@@ -44,8 +44,8 @@ cfg_segment** find_link(const hashed_text& name) {
   return link;
 }
 
-/// Hangs a section without entries at the end of its chain, which is `link`, and of the list. Null when
-/// there is no memory.
+/// Hangs a section without entries at the end of its chain, which is `link`, and of the list. Null
+/// when there is no memory.
 cfg_segment* new_section(cfg_segment** link, const hashed_text& name) {
   const std::size_t size = sizeof(cfg_segment) + name.length + 1;
   auto* section = static_cast<cfg_segment*>(std::malloc(size));
@@ -323,8 +323,8 @@ cfg_segment* segment_alloc(const char* name) {
     return result;
   }
   *length = found->current->val_len;
-  // Not memcpy: knowing that a value has at most 255 bytes, compilers put a string instruction in its
-  // place, which takes longer than all the rest of this function.
+  // Not memcpy: knowing that a value has at most 255 bytes, compilers put a string instruction in
+  // its place, which takes longer than all the rest of this function.
   std::memmove(out, value, *length);
   return CFC_OK;
 }

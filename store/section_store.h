@@ -2,8 +2,8 @@
 //
 // Sections hang in one of eight hash chains and in one list in order of creation. The entries of a
 // section form a ring with a cursor, `current`: the entry last found or written. A search starts at
-// the cursor, so reading keys in stored order costs two comparisons a key, and a new key lands right
-// behind the cursor. `head` is where the ring starts for export and release.
+// the cursor, so reading keys in stored order costs two comparisons a key, and a new key lands
+// right behind the cursor. `head` is where the ring starts for export and release.
 //
 // Every section and every entry is one allocation, record and text together, without spare room.
 #ifndef PROREFLAX_STORE_SECTION_STORE_H
@@ -58,10 +58,10 @@ class met_hashes {
   std::uint32_t words_[Bits / 32] = {};
 };
 
-/// Adds sections and entries as segment_alloc() and item_set() do, but without their search where the
-/// name or key cannot be there yet: otherwise every new section costs a walk along its chain, and every
-/// new entry one around its ring. It knows this for what it has added itself, if the store was empty
-/// when it began; nothing else may add meanwhile.
+/// Adds sections and entries as segment_alloc() and item_set() do, but without their search where
+/// the name or key cannot be there yet: otherwise every new section costs a walk along its chain,
+/// and every new entry one around its ring. It knows this for what it has added itself, if the
+/// store was empty when it began; nothing else may add meanwhile.
 class store_filler {
  public:
   store_filler();
