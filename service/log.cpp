@@ -42,6 +42,7 @@ void log_line(log_level level, const char* format, ...) {
   char text[400];
   std::va_list arguments;
   va_start(arguments, format);
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the line above is not understood
   std::vsnprintf(text, sizeof text, format, arguments);
   va_end(arguments);
   char line[sizeof text + 40];

@@ -2,6 +2,7 @@
 
 #include <proreflax/store.h>
 
+#include <cstdio>
 #include <cstring>
 
 #include "store/ini_line.h"
@@ -52,12 +53,9 @@ struct request {
 /// Whether the loader takes the entry's line for this very key and value. It refuses a one-character
 /// key without a value, which would cost the whole saved configuration at the next start.
 bool loads_back(const char* key, const char* value) {
-  char line[line_buffer_bytes] = {};
+  char line[line_buffer_bytes];
   static_assert(sizeof line > key_max + 1 + value_max + 1);
-  std::strcpy(line, key);
-  std::strcat(line, "=");
-  std::strcat(line, value);
-  std::strcat(line, "\n");
+  std::snprintf(line, sizeof line, "%s=%s\n", key, value);
   const ini_line entry = read_ini_line(line);
   return entry.fault == line_fault::none && entry.kind == line_kind::entry;
 }

@@ -237,7 +237,7 @@ class grammar {
 
   /// An option that takes a number as `set --type u32` does.
   static void add_number(CLI::App* verb, const char* option, const char* description,
-                         std::function<void(std::uint32_t)> take) {
+                         const std::function<void(std::uint32_t)>& take) {
     verb->add_option_function<std::string>(
             option,
             [=](const std::string& text) {

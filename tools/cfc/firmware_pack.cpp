@@ -64,8 +64,7 @@ failure refuse_part(const firmware_pack_command& command, const std::string& pat
 failure load_parts(const firmware_pack_command& command, std::vector<byte_string>& parts) {
   for (const std::string& path : command.parts) {
     loaded_file file = load_file(path);
-    const failure why =
-        file.failure.empty() ? refuse_part(command, path, file.bytes) : file.failure;
+    failure why = file.failure.empty() ? refuse_part(command, path, file.bytes) : file.failure;
     if (!why.empty()) {
       return why;
     }

@@ -43,6 +43,7 @@ class reader {
       return std::nullopt;
     }
     std::vector<batch_line> batch;
+    batch.reserve(sets.size());
     for (const set_command& each : sets) {
       batch.push_back({.number = 0, .command = each, .fault = {}});
     }

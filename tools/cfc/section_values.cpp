@@ -52,6 +52,7 @@ key_texts read_texts(const std::string& section, const std::vector<std::string>&
 section_values read_values(const proreflax::listed_section& section) {
   const std::vector<known_key> keys = keys_of(section);
   std::vector<std::string> names;
+  names.reserve(keys.size());
   for (const known_key& each : keys) {
     names.push_back(each.name());
   }
