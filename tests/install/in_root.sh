@@ -91,9 +91,11 @@ programs_load_the_installed_library() {
   done
 }
 
-# Without a run path, in a folder that is not the loader's own.
+# Without a run path, in a folder that is not the loader's own, and on a device: without the links for
+# the linker.
 ldconfig_knows_the_library() {
   cc "-I$prefix/include" "$sources/hostname.c" -o "$work/plain" "-L$libdir" -lproreflax
+  rm "$libdir/proreflax.so" "$libdir/libproreflax.so"
   expect "" loaded "$work/plain"
   echo "$libdir" >/etc/ld.so.conf.d/proreflax-check.conf
   ldconfig
