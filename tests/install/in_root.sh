@@ -238,12 +238,5 @@ if [ "$etc" = moved ]; then
 fi
 
 group=$(sed -n 's/^proreflax:[^:]*:\([0-9]*\):.*/\1/p' /etc/group)
-: >"$work/of_group"
-if [ -n "$group" ] && ! chgrp proreflax "$work/of_group" 2>/dev/null; then
-  group=
-  mkdir -p /etc/default
-  echo OPTIONS= >/etc/default/config-center
-  echo "no groups in this namespace: the service of the unit is not run"
-fi
 run_under_init
-[ -z "$group" ] || run_as_unit
+run_as_unit
