@@ -60,7 +60,8 @@ function(proreflax_add_library name root)
   endif()
 
   add_library(${name} SHARED $<TARGET_OBJECTS:${name}_objects>)
-  target_include_directories(${name} INTERFACE "${PROJECT_SOURCE_DIR}/include")
+  target_include_directories(${name} INTERFACE
+    "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>")
   target_link_options(${name} PRIVATE
     "-Wl,--version-script=${PROREFLAX_EXPORTS}" -Wl,--gc-sections -Wl,-z,relro)
   if(NOT PROREFLAX_SANITIZE)

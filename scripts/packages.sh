@@ -3,6 +3,8 @@
 
 build_packages="g++ cmake ninja-build libcli11-dev nlohmann-json3-dev util-linux"
 test_packages="$build_packages libgtest-dev libgmock-dev binutils bash-completion mandoc mount procps u-boot-tools"
+install_packages="$build_packages binutils mandoc mount pkg-config shellcheck systemd"
+all_packages="$test_packages pkg-config shellcheck systemd"
 ci_packages="$test_packages clang clang-format clang-tidy libclang-rt-14-dev libbenchmark-dev zlib1g-dev shellcheck"
 
 # Installs those of the named packages that are missing, or says which they are and stops.

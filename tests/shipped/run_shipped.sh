@@ -6,40 +6,14 @@
 # of the built programs) in its /sbin. Exits with 77 where the kernel allows no such namespaces.
 set -eu
 
-if [ "${1:-}" != --inside ]; then
-  programs=$1
-  for ids in "" --map-root-user; do
-    # shellcheck disable=SC2086 # no word or one
-    if unshare $ids --mount --ipc true 2>/dev/null; then
-      # shellcheck disable=SC2086
-      exec unshare $ids --mount --ipc sh "$0" --inside "$programs"
-    fi
-  done
-  echo "no private mount and IPC namespaces on this machine"
-  exit 77
-fi
+# shellcheck source=tests/support/private_root.sh
+. "$(dirname "$0")/../support/private_root.sh"
+
+[ "${1:-}" = --inside ] || private_namespaces sh "$0" --inside "$1"
 
 programs=$2
-mount --make-rprivate /
-root=/mnt
-mount -t tmpfs tmpfs "$root" || { echo "no file system in memory"; exit 77; }
-mkdir -p "$root/etc" "$root/sbin" "$root/var" "$root/dev" "$root/proc" "$root/tmp"
-for folder in bin lib lib32 lib64 libx32 usr; do
-  if [ -L "/$folder" ]; then
-    ln -s "$(readlink "/$folder")" "$root/$folder"
-  elif [ -d "/$folder" ]; then
-    mkdir "$root/$folder"
-    mount --rbind "/$folder" "$root/$folder"
-  fi
-done
-for file in null zero; do
-  : >"$root/dev/$file"
-  mount --bind "/dev/$file" "$root/dev/$file"
-done
-mount --rbind /proc "$root/proc"
-library=$(dirname "$programs")
-mkdir -p "$root$library"
-mount --bind "$library" "$root$library"
+make_private_root bound
+bound "$(dirname "$programs")"
 cp "$programs/config-center" "$programs/writeflash" "$programs/cfc" "$root/sbin/"
 printf '[LAN]\nConnType=0x00000001\nLanIPAddr=192.168.62.1\n' >"$root/etc/config-file.ini"
 
