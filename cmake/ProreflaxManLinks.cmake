@@ -1,9 +1,9 @@
 # proreflax_man_links(LIST FOLDER PAGE...)
 #
-# A manual page that describes several functions bears all their names, man(1) looks for a file of one.
+# man(1) looks for a file of the name that it is asked for, but a page describes several functions.
 # For every name in a PAGE's NAME section but its own, this writes a page to FOLDER that leads there
-# (".so man3/proreflax_values.3"), and sets LIST to the pages written. They are made anew when a PAGE
-# changes; install them beside the pages themselves.
+# (".so man3/proreflax_values.3"), and sets LIST to the pages written: install them beside the pages
+# themselves. They are made anew when a PAGE changes.
 function(proreflax_man_links list folder)
   set(links)
   foreach(page IN LISTS ARGN)

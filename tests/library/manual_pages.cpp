@@ -71,7 +71,8 @@ class synopsis_reader {
     } else if (macro == ".Ft") {
       type_ = rest;
     } else if (macro == ".Vt") {
-      declare(name_in(replaced(rest, R"(\s*;$)", "")), replaced(rest, R"(\s*;$)", ""));
+      const string object = replaced(rest, R"(\s*;$)", "");
+      declare(name_in(object), object);
     } else if (macro == ".Fn") {
       add_function(parts.at(1), {parts.begin() + 2, parts.end()});
     } else if (macro == ".Fo") {
@@ -118,11 +119,7 @@ vector<declaration> read_synopsis(const string& text) {
   return reader.all;
 }
 
-vector<string> split(const string& list) {
-  return matches(list, R"((\w+))");
-}
-
-/// Record, getter and setter of the section that begins a part of sections.h.
+/// The section whose name begins a part of sections.h, as far as that part tells.
 section_row declared_row(const string& part) {
   const string record = matches(part, R"(^typedef struct (\w+) \{)").at(0);
   const vector<string> functions =
@@ -152,7 +149,7 @@ section_row row_of_the_page(const string& item) {
   }
   section_row row{found[1], found[2], found[3], found[4], std::stoul(found[5]), {}};
   for (const string& list : matches(item, R"(^Arrays: (.*)\.$)")) {
-    row.arrays = split(list);
+    row.arrays = matches(list, R"((\w+))");
   }
   return row;
 }

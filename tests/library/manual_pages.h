@@ -29,8 +29,6 @@ struct section_row {
   std::string setter;
   std::size_t exchanges = 0;
   std::vector<std::string> arrays;
-
-  bool operator==(const section_row&) const = default;
 };
 
 /// What the public headers declare, exported or defined there.

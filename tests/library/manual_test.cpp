@@ -1,5 +1,5 @@
-// The manual pages and what they describe: headers, result codes, section tables, limits. Whatever is
-// added or changed in one place alone goes red here.
+// The manual pages and what they describe: headers, result codes, section tables, limits. Whatever
+// is added or changed in one place alone goes red here.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <proreflax/wireless.h>
