@@ -3,6 +3,8 @@
 
 build_packages="g++ cmake ninja-build libcli11-dev nlohmann-json3-dev util-linux"
 test_packages="$build_packages libgtest-dev libgmock-dev binutils bash-completion mandoc mount procps u-boot-tools"
+# What ./test --all needs on top: compilers for the other platforms, and what looks at their output.
+all_packages="$test_packages g++-mips-linux-gnu g++-i686-linux-gnu abigail-tools"
 ci_packages="$test_packages clang clang-format clang-tidy libclang-rt-14-dev libbenchmark-dev zlib1g-dev shellcheck"
 
 # Installs those of the named packages that are missing, or says which they are and stops.
