@@ -1,6 +1,7 @@
 // The driver over a plain file belongs to a development machine: what ships has none of it.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <fstream>
 #include <iterator>
 #include <string>
