@@ -1,7 +1,7 @@
 /*
  * Asks a running configuration-center service for everything that a program can ask for, and checks
- * each answer. It uses the public interface alone, so that it can be built for one kind of processor
- * and meet a service that was built for another.
+ * each answer. It uses the public interface alone, so that it can be built for one kind of
+ * processor and meet a service that was built for another.
  *
  *   every_opcode set      registers, sets, reads back, is refused, flushes
  *   every_opcode kept     reads what "set" left, whoever set it
@@ -20,6 +20,7 @@ static void check(int holds, const char* what, int line) {
   if (!holds) {
     ++failures;
     printf("every_opcode.c:%d: %s\n", line, what);
+    fflush(stdout); /* the next answer may never come */
   }
 }
 
