@@ -25,8 +25,8 @@ class echo_process {
 };
 
 /// Asks for values of a section as a program without the library would: look up and take the lock,
-/// look up the queue, send and receive for each key, give the lock back. The requests are made once,
-/// when the object is.
+/// look up the queue, send and receive for each key, give the lock back. The requests are made
+/// once, when the object is.
 class bare_client {
  public:
   bare_client(std::string_view section, const std::vector<std::string>& keys);

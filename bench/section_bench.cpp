@@ -1,6 +1,6 @@
-// A whole section through its getter, against as many exchanges in bare system calls under one lock.
-// Both ask the same process for the section's keys in the getter's order; it answers with the values
-// of the factory text.
+// A whole section through its getter, against as many exchanges in bare system calls under one
+// lock. Both ask the same process for the section's keys in the getter's order; it answers with the
+// values of the factory text.
 #include <benchmark/benchmark.h>
 #include <proreflax/sections.h>
 

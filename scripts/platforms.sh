@@ -1,6 +1,6 @@
 # shellcheck shell=sh disable=SC2034
-# The platforms that the library is looked at on, and how it is built for each. Sourced by scripts that
-# stand in the project's top folder.
+# The platforms that the library is looked at on, and how it is built for each. Sourced by scripts
+# that stand in the project's top folder.
 
 platforms="x86-64 mips i686"
 
@@ -20,8 +20,8 @@ can_build_for() {
   }
 }
 
-# build_for PLATFORM FOLDER TARGETS [OPTION...]: configures and builds, showing the compiler's words only
-# when it fails. TARGETS is a list of words.
+# build_for PLATFORM FOLDER TARGETS [OPTION...]: configures and builds, showing the compiler's words
+# only when it fails. TARGETS is a list of words.
 build_for() {
   build_tools=$(tools_of "$1") build_folder=$2 build_targets=$3
   build_toolchain=cmake/toolchains/target-$1.cmake
