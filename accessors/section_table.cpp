@@ -1,6 +1,6 @@
 #include "accessors/section_table.h"
 
-#include <cstdio>
+#include <cstring>
 
 namespace proreflax {
 
@@ -22,11 +22,24 @@ void section_table::iterator::read() {
   at_ += std::strlen(at_) + 1;
 }
 
+// By hand, since printf would take most of the time that a section of two hundred values costs above
+// its exchanges. An index is at most 255, and the tables' keys are known to fit.
 const char* format_key(const field& which, unsigned index, key_text& key) {
   if (!which.is_array()) {
     return which.name;
   }
-  std::snprintf(key, sizeof key, "%s[%u]", which.name, index);
+  const auto digit = [](unsigned value) { return static_cast<char>('0' + value % 10); };
+  char* end = stpcpy(key, which.name);
+  *end++ = '[';
+  if (index >= 100) {
+    *end++ = digit(index / 100);
+  }
+  if (index >= 10) {
+    *end++ = digit(index / 10);
+  }
+  *end++ = digit(index);
+  *end++ = ']';
+  *end = '\0';
   return key;
 }
 

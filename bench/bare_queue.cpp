@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdint>
 #include <cstring>
@@ -30,12 +31,13 @@ struct text_header {
 };
 static_assert(sizeof(text_header) == text_header_bytes);
 
-[[noreturn]] void echo(int queue, std::string_view value) {
+[[noreturn]] void echo(int queue, const std::vector<std::string>& values) {
   struct {
     long type;
     char text[4096];
   } message;
-  for (;;) {
+  for (std::size_t next = 0;; next = (next + 1) % values.size()) {
+    const std::string& value = values[next];
     if (msgrcv(queue, &message, sizeof message.text, request_type, 0) == -1) {
       _exit(1);
     }
@@ -63,13 +65,13 @@ bool change_lock(int id, short by) {
 
 }  // namespace
 
-echo_process::echo_process(int queue, std::string_view value) : child_{fork()} {
+echo_process::echo_process(int queue, const std::vector<std::string>& values) : child_{fork()} {
   if (child_ == -1) {
     throw std::runtime_error("cannot start the echo process");
   }
   if (child_ == 0) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    echo(queue, value);
+    echo(queue, values);
   }
 }
 
@@ -78,23 +80,37 @@ echo_process::~echo_process() {
   waitpid(child_, nullptr, 0);
 }
 
-bare_client::bare_client(std::string_view section, std::string_view key)
-    : request_bytes_{text_header_bytes + section.size() + 1 + key.size() + 1},
-      reply_room_{request_bytes_ + value_room},
-      reply_type_{getpid() + reply_type_bias} {
-  if (reply_room_ > sizeof reply_.text) {
+bare_client::bare_client(std::string_view section, const std::vector<std::string>& keys)
+    : reply_type_{getpid() + reply_type_bias} {
+  for (const std::string& key : keys) {
+    requests_.push_back(request_for(section, key));
+  }
+}
+
+bare_client::request bare_client::request_for(std::string_view section,
+                                              std::string_view key) const {
+  request made{.bytes = text_header_bytes + section.size() + 1 + key.size() + 1,
+               .sent = {.type = request_type, .text = {}}};
+  if (made.bytes > sizeof made.sent.text) {
     throw std::runtime_error("names too long");
   }
-  request_.type = request_type;
   const text_header header{.reply_type = static_cast<std::int32_t>(reply_type_),
                            .result = CFC_OP_GET,
                            .section_off = 0,
                            .key_off = static_cast<std::uint16_t>(section.size() + 1),
                            .value_off = static_cast<std::uint16_t>(section.size() + key.size() + 2),
                            .value_len = 0};
-  std::memcpy(request_.text, &header, sizeof header);
-  std::memcpy(request_.text + sizeof header, section.data(), section.size());
-  std::memcpy(request_.text + sizeof header + header.key_off, key.data(), key.size());
+  char* const text = made.sent.text;
+  std::memcpy(text, &header, sizeof header);
+  std::memcpy(text + sizeof header, section.data(), section.size());
+  std::memcpy(text + sizeof header + header.key_off, key.data(), key.size());
+  return made;
+}
+
+bool bare_client::exchange(int queue, const request& asked) {
+  static_assert(sizeof reply_.text >= sizeof asked.sent.text + value_room);
+  return msgsnd(queue, &asked.sent, asked.bytes, 0) == 0 &&
+         msgrcv(queue, &reply_, asked.bytes + value_room, reply_type_, 0) != -1;
 }
 
 bool bare_client::ask() {
@@ -103,8 +119,8 @@ bool bare_client::ask() {
     return false;
   }
   const int queue = msgget(CFC_MSQ_KEY, 0);
-  const bool answered = msgsnd(queue, &request_, request_bytes_, 0) == 0 &&
-                        msgrcv(queue, &reply_, reply_room_, reply_type_, 0) != -1;
+  const bool answered = std::all_of(requests_.begin(), requests_.end(),
+                                    [&](const request& each) { return exchange(queue, each); });
   return change_lock(lock, +1) && answered;
 }
 

@@ -1,19 +1,21 @@
-// One exchange with a service in bare system calls, and a service that answers every request alike.
+// Exchanges with a service in bare system calls, and a service that answers at once.
 #ifndef PROREFLAX_BENCH_BARE_QUEUE_H
 #define PROREFLAX_BENCH_BARE_QUEUE_H
 
 #include <sys/types.h>
 
 #include <cstddef>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace bench {
 
-/// A child process that takes requests off the queue and answers each with `value`, until this
-/// object goes.
+/// A child process that takes requests off the queue, until this object goes. It looks at none of
+/// them: it answers with the values in turn, and begins anew behind the last.
 class echo_process {
  public:
-  echo_process(int queue, std::string_view value);
+  echo_process(int queue, const std::vector<std::string>& values);
   ~echo_process();
   echo_process(const echo_process&) = delete;
   echo_process& operator=(const echo_process&) = delete;
@@ -22,11 +24,12 @@ class echo_process {
   pid_t child_;
 };
 
-/// Asks for one value as a program without the library would: look up and take the lock, look up
-/// the queue, send, receive, give the lock back. The request is made once, when the object is.
+/// Asks for values of a section as a program without the library would: look up and take the lock,
+/// look up the queue, send and receive for each key, give the lock back. The requests are made
+/// once, when the object is.
 class bare_client {
  public:
-  bare_client(std::string_view section, std::string_view key);
+  bare_client(std::string_view section, const std::vector<std::string>& keys);
 
   /// False when a call failed.
   bool ask();
@@ -35,16 +38,22 @@ class bare_client {
   std::string_view value() const;
 
  private:
+  template <std::size_t TextBytes>
   struct message {
     long type;
-    char text[256];
+    char text[TextBytes];
+  };
+  struct request {
+    std::size_t bytes;
+    message<96> sent;
   };
 
-  message request_{};
-  std::size_t request_bytes_;
-  message reply_{};
-  std::size_t reply_room_;
+  request request_for(std::string_view section, std::string_view key) const;
+  bool exchange(int queue, const request& asked);
+
   long reply_type_;
+  std::vector<request> requests_;
+  message<296> reply_{};
 };
 
 }  // namespace bench

@@ -50,8 +50,8 @@ bool ask_as(side side, int times, bare_client& bare) {
 
 void one_process(benchmark::State& state) {
   const request_queue queue;
-  const echo_process echo{queue.queue_id(), value_text};
-  bare_client bare{section_name, key};
+  const echo_process echo{queue.queue_id(), {value_text}};
+  bare_client bare{section_name, {key}};
   bool answered = true;
   compare(state, timed_by::wall, 1.05,
           [&](side side) { answered = answered && ask_as(side, 20, bare); });
@@ -129,7 +129,7 @@ void crowd::ask(side side) {
 }
 
 void crowd::work() const {
-  bare_client bare{section_name, key};
+  bare_client bare{section_name, {key}};
   for (;;) {
     pthread_barrier_wait(&shared_->start);
     if (!ask_as(shared_->asked, questions, bare)) {
@@ -141,7 +141,7 @@ void crowd::work() const {
 
 void many_processes(benchmark::State& state) {
   const request_queue queue;
-  const echo_process echo{queue.queue_id(), value_text};
+  const echo_process echo{queue.queue_id(), {value_text}};
   crowd crowd;
   compare(state, timed_by::wall, 1.05, [&](side side) { crowd.ask(side); });
   if (!crowd.always_answered()) {

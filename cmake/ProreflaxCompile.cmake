@@ -27,5 +27,9 @@ endif()
 if(PROREFLAX_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
                       -fno-omit-frame-pointer)
+  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    # Of C++ alone: programs in C are not linked with its runtime.
+    add_compile_options(-fno-sanitize=function)
+  endif()
   add_link_options(-fsanitize=address,undefined)
 endif()

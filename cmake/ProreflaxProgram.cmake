@@ -21,4 +21,32 @@ macro(proreflax_add_program_variant target library folder root)
     PROREFLAX_DEVICE_ROOT="${root}" PROREFLAX_VERSION="${PROJECT_VERSION}")
   set_target_properties(${target} PROPERTIES
     OUTPUT_NAME ${name} RUNTIME_OUTPUT_DIRECTORY "${folder}")
+  proreflax_emulate(${target})
 endmacro()
+
+# proreflax_emulate(TARGET)
+#
+# Where programs run under emulation: puts a program of the building machine in TARGET's place that
+# starts it so. An emulated program that starts another one would else hand it to the machine itself,
+# which cannot run it.
+function(proreflax_emulate target)
+  if(NOT CMAKE_CROSSCOMPILING_EMULATOR)
+    return()
+  endif()
+  get_target_property(name ${target} OUTPUT_NAME)
+  if(NOT name)
+    set(name ${target})
+  endif()
+  get_target_property(folder ${target} RUNTIME_OUTPUT_DIRECTORY)
+  if(NOT folder)
+    set(folder "${CMAKE_CURRENT_BINARY_DIR}")
+  endif()
+  set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${folder}/emulated")
+  list(JOIN CMAKE_CROSSCOMPILING_EMULATOR "\", \"" emulator)
+  find_program(PROREFLAX_BUILDING_CC NAMES cc gcc REQUIRED)
+  add_custom_command(TARGET ${target} POST_BUILD
+    COMMAND "${PROREFLAX_BUILDING_CC}" -std=c99 -D_DEFAULT_SOURCE "-DEMULATOR=\"${emulator}\""
+            "-DPROGRAM=\"${folder}/emulated/${name}\"" -o "${folder}/${name}"
+            "${PROJECT_SOURCE_DIR}/cmake/launcher.c"
+    VERBATIM)
+endfunction()

@@ -2,10 +2,14 @@
 # What the project's commands need from Debian. Sourced by ./run, ./test and .ci/run.
 
 build_packages="g++ cmake ninja-build libcli11-dev nlohmann-json3-dev util-linux"
-test_packages="$build_packages libgtest-dev libgmock-dev binutils bash-completion mandoc mount procps u-boot-tools"
+test_packages="$build_packages libgtest-dev libgmock-dev clang libclang-rt-14-dev binutils bash-completion mandoc mount
+  procps u-boot-tools"
 install_packages="$build_packages binutils mandoc mount pkg-config shellcheck systemd"
-all_packages="$test_packages pkg-config shellcheck systemd"
-ci_packages="$test_packages clang clang-format clang-tidy libclang-rt-14-dev libbenchmark-dev zlib1g-dev shellcheck"
+# What ./test --all needs on top: compilers for the other platforms, what runs their programs and
+# looks at their output, and what packages are made with.
+target_packages="$build_packages googletest g++-mips-linux-gnu g++-i686-linux-gnu qemu-user"
+all_packages="$test_packages $install_packages $target_packages abigail-tools debhelper debootstrap lintian"
+ci_packages="$all_packages clang-format clang-tidy libbenchmark-dev zlib1g-dev"
 
 # Installs those of the named packages that are missing, or says which they are and stops.
 need_packages() {

@@ -24,6 +24,11 @@ struct wire_message {
   char text[reply_text_max];
 };
 
+struct held_reply {
+  wire_message message;
+  std::size_t length;
+};
+
 // What semctl takes; the platform leaves its definition to the caller.
 union semaphore_argument {
   int value;
@@ -224,21 +229,29 @@ void request_channel::sweep() {
   }
 }
 
-/// Takes each message but the requests off once; what somebody waits for goes back to the end.
+/// Takes every message but the requests off, and then puts back what somebody waits for: not before
+/// all are seen, or the sweep would meet it again, at the queue's end.
 void request_channel::sweep(keep kept) {
   remembered left;
+  held_reply held[remembered::room + 1];  // the last is for what is not kept
+  std::size_t count = 0;
   for (std::size_t unseen = waiting_messages(); unseen > 0; --unseen) {
-    wire_message message;
-    const ssize_t length = msgrcv(queue_, &message, sizeof message.text, request_type,
+    held_reply& next = held[count];
+    const ssize_t length = msgrcv(queue_, &next.message, sizeof next.message.text, request_type,
                                   MSG_EXCEPT | IPC_NOWAIT | MSG_NOERROR);
     if (length < 0) {
       break;
     }
-    if (kept == keep::of_live_askers && unclaimed_.holds(message.type) &&
-        !left.holds(message.type) && is_alive(message.type) &&
-        msgsnd(queue_, &message, static_cast<std::size_t>(length), IPC_NOWAIT) == 0) {
-      left.add(message.type);
+    next.length = static_cast<std::size_t>(length);
+    const long type = next.message.type;
+    if (kept == keep::of_live_askers && unclaimed_.holds(type) && !left.holds(type) &&
+        is_alive(type)) {
+      left.add(type);
+      ++count;
     }
+  }
+  for (std::size_t i = 0; i < count; ++i) {
+    msgsnd(queue_, &held[i].message, held[i].length, IPC_NOWAIT);
   }
   unclaimed_ = left;
 }

@@ -25,7 +25,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
 
 #include "service/reply.h"
 
@@ -48,6 +47,8 @@ struct permissions {
 /// A small set of message types.
 class remembered {
  public:
+  static constexpr std::size_t room = 64;
+
   bool holds(long type) const {
     for (std::size_t i = 0; i < count_; ++i) {
       if (types_[i] == type) {
@@ -57,11 +58,11 @@ class remembered {
     return false;
   }
   bool empty() const { return count_ == 0; }
-  bool full() const { return count_ == std::size(types_); }
+  bool full() const { return count_ == room; }
   void add(long type) { types_[count_++] = type; }
 
  private:
-  long types_[64] = {};
+  long types_[room] = {};
   std::size_t count_ = 0;
 };
 

@@ -49,7 +49,8 @@ class open_file {
                                  Take take) const {
     unsigned char piece[piece_bytes];
     for (const std::uint64_t end = offset + length; offset < end;) {
-      const std::size_t count = std::min<std::uint64_t>(piece_bytes, end - offset);
+      const auto count =
+          static_cast<std::size_t>(std::min<std::uint64_t>(piece_bytes, end - offset));
       if (!read_at(offset, piece, count, why) || !take(piece, count)) {
         return false;
       }

@@ -67,6 +67,7 @@ PROREFLAX_API uint32_t cfc_put_mutex(void);
  * @param name  the application's name; obeys the rules of a section name
  * @return CFC_OK                the section is there
  *         CFC_ERR_BAD_ARGUMENT  the name breaks the rules (or is null); nothing was sent
+ *         CFC_ERR_NO_SECTION    the service has no configuration: a reset to defaults failed
  *         or a code of "Exchange" above
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t cfc_add_app_sem(const char* name);
@@ -110,6 +111,7 @@ PROREFLAX_API PROREFLAX_CHECKED uint32_t cfc_flush_all_nosem(void);
  *         CFC_ERR_NO_SEM, CFC_ERR_NO_MSQ  no service runs; nothing was sent
  *         CFC_ERR_NO_FILE    the factory file cannot be opened; the store is empty now
  *         CFC_ERR_BAD_VALUE  the factory file is malformed; the store is empty now
+ *         CFC_ERR_NO_MEMORY  also: the service had none for a section; the store is empty now
  *         or a code of "Exchange" above
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t cfc_to_default(void);

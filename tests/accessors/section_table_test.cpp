@@ -81,7 +81,10 @@ TEST(SectionTable, the_key_of_a_scalar_is_its_name_and_that_of_an_element_has_th
   EXPECT_STREQ(format_key(scalar, 0, key), "opt");
   const field array{"macFilters", value_kind::binary, 80, 6, 0};
   EXPECT_STREQ(format_key(array, 0, key), "macFilters[0]");
+  EXPECT_STREQ(format_key(array, 9, key), "macFilters[9]");
+  EXPECT_STREQ(format_key(array, 10, key), "macFilters[10]");
   EXPECT_STREQ(format_key(array, 79, key), "macFilters[79]");
+  EXPECT_STREQ(format_key(array, 100, key), "macFilters[100]");
 }
 
 TEST(SectionTable, the_longest_formatted_key_fits_its_buffer) {

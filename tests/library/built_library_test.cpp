@@ -6,14 +6,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <memory>
-#include <regex>
 #include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "tests/library/project_text.h"
 
 namespace {
 
@@ -35,34 +33,8 @@ std::string output_of(const std::string& command) {
   return all;
 }
 
-/// The first group of every place where the expression matches.
-std::vector<std::string> matches(const std::string& text, const char* expression) {
-  const std::regex pattern{expression, std::regex::ECMAScript | std::regex::multiline};
-  std::vector<std::string> found;
-  for (std::sregex_iterator each{text.begin(), text.end(), pattern}, end; each != end; ++each) {
-    found.push_back((*each)[1]);
-  }
-  return found;
-}
-
 names set_of(const std::vector<std::string>& list) {
   return {list.begin(), list.end()};
-}
-
-std::string text_of(const std::filesystem::path& path) {
-  std::ifstream file{path};
-  return {std::istreambuf_iterator<char>{file}, {}};
-}
-
-/// What the version script lists between "global:" and "local:".
-names listed_exports() {
-  const std::string script = text_of(PROREFLAX_EXPORTS);
-  const std::size_t begin = script.find("global:");
-  const std::size_t end = script.find("local:");
-  if (begin == std::string::npos || end == std::string::npos) {
-    throw std::runtime_error("no list of exports in " PROREFLAX_EXPORTS);
-  }
-  return set_of(matches(script.substr(begin, end - begin), R"(^\s*(\w+);$)"));
 }
 
 /// The functions and objects that the public headers declare as exported.

@@ -286,6 +286,21 @@ TEST_F(RequestChannel, a_sweep_removes_the_replies_of_dead_askers_alone) {
   EXPECT_NE(take(living.id() + 2), "");
 }
 
+TEST_F(RequestChannel, a_sweep_beside_waiting_requests_keeps_the_replies_of_live_askers) {
+  open_channel();
+  const bystander first;
+  const bystander second;
+  ASSERT_TRUE(channel.send(reply_to(first.id())));
+  ASSERT_TRUE(channel.send(reply_to(second.id())));
+  for (int i = 0; i < 5; ++i) {
+    ASSERT_TRUE(put(1, raw("request")));
+  }
+  channel.sweep();
+  EXPECT_EQ(waiting(), 7U);
+  EXPECT_NE(take(first.id() + 2), "");
+  EXPECT_NE(take(second.id() + 2), "");
+}
+
 TEST_F(RequestChannel, a_sweep_removes_messages_that_are_nobodys) {
   open_channel();
   ASSERT_TRUE(put(2, raw("junk")));

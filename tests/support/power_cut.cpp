@@ -15,7 +15,7 @@ namespace {
 using effect_list = std::vector<faults::disk_effect>;
 using kind = faults::disk_effect::kind;
 
-void write_into(std::string& content, std::uint64_t offset, const std::string& bytes) {
+void write_into(std::string& content, std::size_t offset, const std::string& bytes) {
   if (content.size() < offset + bytes.size()) {
     content.resize(offset + bytes.size(), '\0');
   }
@@ -26,7 +26,7 @@ void apply(std::string& content, const faults::disk_effect& change) {
   if (change.what == kind::emptied) {
     content.clear();
   } else {
-    write_into(content, change.offset, change.bytes);
+    write_into(content, static_cast<std::size_t>(change.offset), change.bytes);
   }
 }
 

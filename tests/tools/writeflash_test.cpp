@@ -200,10 +200,7 @@ TEST_F(Writeflash, needs_the_c_library_alone) {
   GTEST_SKIP() << "A build with sanitizers needs their libraries too.";
 #else
   const std::string listing = top + "/needed";
-  ASSERT_EQ(
-      std::system(
-          ("readelf -d '" PROREFLAX_DEVICE_ROOT "/programs/writeflash' > " + listing).c_str()),
-      0);
+  ASSERT_EQ(std::system(("readelf -d '" WRITEFLASH "' > " + listing).c_str()), 0);
   std::ifstream lines{listing};
   std::vector<std::string> needed;
   for (std::string line; std::getline(lines, line);) {

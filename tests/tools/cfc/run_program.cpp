@@ -9,6 +9,7 @@
 #include <array>
 #include <csignal>
 #include <cstring>
+#include <fstream>
 #include <stdexcept>
 
 namespace {
@@ -86,6 +87,13 @@ ended started_program::wait() {
 
 ended run_cfc(std::vector<std::string> words, std::string_view input) {
   return started_program{"cfc", std::move(words), input}.wait();
+}
+
+std::string name_of(pid_t process) {
+  std::ifstream file{"/proc/" + std::to_string(process) + "/comm"};
+  std::string name;
+  std::getline(file, name);
+  return name;
 }
 
 std::string line(std::string_view text) {

@@ -37,6 +37,9 @@ class started_program {
 
 ended run_cfc(std::vector<std::string> words, std::string_view input = {});
 
+/// What the kernel calls a process: its program's name, or the emulator's that runs the program.
+std::string name_of(pid_t process);
+
 /// A text with its LF, as programs print it.
 std::string line(std::string_view text);
 

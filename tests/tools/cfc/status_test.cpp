@@ -119,12 +119,12 @@ TEST(StatusVerb, names_the_holder_and_counts_messages_and_waiters) {
   const ended status = run_cfc({"status"});
   EXPECT_EQ(status.status, 0);
   EXPECT_EQ(status.out, "service: nothing tells whether it runs\nlock: held by process " +
-                            std::to_string(getpid()) +
-                            " (cfc_tests); 1 waiting for it\nqueue: 2 messages waiting\n");
+                            std::to_string(getpid()) + " (" + name_of(getpid()) +
+                            "); 1 waiting for it\nqueue: 2 messages waiting\n");
   const json report = json::parse(run_cfc({"status", "--json"}).out);
   EXPECT_EQ(report["lock"],
             json::parse(R"({"present":true,"value":0,"held":true,"waiting":1,"holder":{"pid":)" +
-                        std::to_string(getpid()) + R"(,"name":"cfc_tests"}})"));
+                        std::to_string(getpid()) + R"(,"name":")" + name_of(getpid()) + R"("}})"));
   EXPECT_EQ(report["queue"]["messages"], 2);
   EXPECT_EQ(report["queue"]["bytes"], 32);
   cfc_put_mutex();

@@ -1,0 +1,62 @@
+#include "tests/library/project_text.h"
+
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+using std::string;
+using std::vector;
+
+std::regex multiline(const char* expression) {
+  return std::regex{expression, std::regex::ECMAScript | std::regex::multiline};
+}
+
+string behind(const string& text, const string& mark) {
+  const std::size_t at = text.find(mark);
+  if (at == string::npos) {
+    throw std::runtime_error("no " + mark);
+  }
+  return text.substr(at + mark.size());
+}
+
+string between(const string& text, const string& from, const string& to) {
+  const string rest = behind(text, from);
+  const std::size_t end = rest.find(to);
+  if (end == string::npos) {
+    throw std::runtime_error("no " + to + " behind " + from);
+  }
+  return rest.substr(0, end);
+}
+
+string text_of(const string& path) {
+  std::ifstream file{path};
+  string text{std::istreambuf_iterator<char>{file}, {}};
+  if (text.empty()) {
+    throw std::runtime_error("nothing in " + path);
+  }
+  return text;
+}
+
+vector<string> matches(const string& text, const char* expression) {
+  const std::regex pattern = multiline(expression);
+  vector<string> found;
+  for (std::sregex_iterator each{text.begin(), text.end(), pattern}, end; each != end; ++each) {
+    found.push_back((*each)[1]);
+  }
+  return found;
+}
+
+std::map<string, string> paired_matches(const string& text, const char* expression) {
+  const std::regex pattern = multiline(expression);
+  std::map<string, string> found;
+  for (std::sregex_iterator each{text.begin(), text.end(), pattern}, end; each != end; ++each) {
+    found[(*each)[1]] = (*each)[2];
+  }
+  return found;
+}
+
+std::set<string> listed_exports() {
+  const vector<string> listed =
+      matches(between(text_of(PROREFLAX_EXPORTS), "global:", "local:"), R"(^\s*(\w+);$)");
+  return {listed.begin(), listed.end()};
+}
