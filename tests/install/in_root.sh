@@ -163,6 +163,19 @@ expect_init() {
   }
 }
 
+without_a_configuration() {
+  mv /etc/config-file.ini /etc/elsewhere.ini
+  mv /var/lib/proreflax /var/lib/elsewhere
+  expect_init 0 start
+  expect_init 3 status
+  echo "no section" >/etc/config-file.ini
+  expect_init 1 start
+  expect_init 3 status
+  rm -rf /var/lib/proreflax
+  mv /var/lib/elsewhere /var/lib/proreflax
+  mv /etc/elsewhere.ini /etc/config-file.ini
+}
+
 run_under_init() {
   expect_init 3 status
   expect_init 0 start
@@ -189,13 +202,7 @@ run_under_init() {
   if cfc status >/dev/null 2>&1; then
     fail "a service runs after the init script stopped it"
   fi
-  mv /etc/config-file.ini /etc/elsewhere.ini
-  mv /var/lib/proreflax /var/lib/elsewhere
-  expect_init 1 start
-  expect_init 3 status
-  rmdir /var/lib/proreflax 2>/dev/null || true
-  mv /var/lib/elsewhere /var/lib/proreflax
-  mv /etc/elsewhere.ini /etc/config-file.ini
+  without_a_configuration
   for left in /sbin/config-file.tmp* /run/config-center*; do
     [ ! -e "$left" ] || fail "$left is left"
   done
@@ -238,12 +245,5 @@ if [ "$etc" = moved ]; then
 fi
 
 group=$(sed -n 's/^proreflax:[^:]*:\([0-9]*\):.*/\1/p' /etc/group)
-: >"$work/of_group"
-if [ -n "$group" ] && ! chgrp proreflax "$work/of_group" 2>/dev/null; then
-  group=
-  mkdir -p /etc/default
-  echo OPTIONS= >/etc/default/config-center
-  echo "no groups in this namespace: the service of the unit is not run"
-fi
 run_under_init
-[ -z "$group" ] || run_as_unit
+run_as_unit

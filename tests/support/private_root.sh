@@ -56,4 +56,7 @@ writable() {
   mount -t overlay overlay "$root$1" \
     -o "lowerdir=$1,upperdir=$root/.over$1/upper,workdir=$root/.over$1/work" ||
     { echo "no overlay file system on this machine"; exit 77; }
+  for inner in "$root$1"/*/; do
+    [ -w "$inner" ] || { echo "only root can write over the folders of this machine"; exit 77; }
+  done
 }
