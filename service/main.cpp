@@ -14,6 +14,7 @@
 #include <cstring>
 
 #include "service/log.h"
+#include "service/ready_notice.h"
 #include "service/reply.h"
 #include "service/request_channel.h"
 #include "store/paths.h"
@@ -201,6 +202,7 @@ bool start(request_channel& channel, const permissions& allowed) {
     return false;
   }
   log_line(log_level::info, "ready");
+  send_ready_notice();
   return true;
 }
 

@@ -110,7 +110,8 @@ booted() {
   expect "" cfc flush
   kill -KILL "$(systemctl show --property MainPID --value config-center.service)"
   for attempt in $(seq 100); do
-    cfc status >/dev/null 2>&1 && break
+    [ "$(systemctl show --property NRestarts,ActiveState --value config-center.service | xargs)" \
+      != "1 active" ] || break
     sleep 0.1
   done
   expect 10.0.0.6 cfc get LAN LanIPAddr
