@@ -9,6 +9,7 @@ include(ProreflaxManLinks)
 
 set(PROREFLAX_INIT "systemd;sysv" CACHE STRING
     "What starts the service on the device: systemd, sysv, both or nothing")
+set(PROREFLAX_UNIT_DIR lib/systemd/system CACHE STRING "Folder of systemd's units")
 
 set(proreflax_packaging "${PROJECT_SOURCE_DIR}/packaging")
 set(proreflax_made "${PROJECT_BINARY_DIR}/install")
@@ -96,10 +97,7 @@ endif()
 
 # The loader finds the library next to the programs wherever the prefix is moved to.
 # CMAKE_SKIP_INSTALL_RPATH leaves that out where the loader searches the folder by itself.
-foreach(program_and_folder "config-center SBINDIR" "cfc BINDIR")
-  separate_arguments(program_and_folder)
-  list(GET program_and_folder 0 program)
-  list(GET program_and_folder 1 folder)
+function(proreflax_run_path program folder)
   if(IS_ABSOLUTE "${CMAKE_INSTALL_${folder}}" OR IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
     set(library_dir "${CMAKE_INSTALL_FULL_LIBDIR}")
   else()
@@ -108,8 +106,9 @@ foreach(program_and_folder "config-center SBINDIR" "cfc BINDIR")
     set(library_dir "$ORIGIN/${library_dir}")
   endif()
   set_property(TARGET ${program} APPEND PROPERTY INSTALL_RPATH "${library_dir}")
-endforeach()
+endfunction()
 
+proreflax_run_path(config-center SBINDIR)
 install(TARGETS config-center writeflash
         RUNTIME DESTINATION "${CMAKE_INSTALL_SBINDIR}" COMPONENT runtime)
 install(FILES device/etc/config-file.ini DESTINATION "${proreflax_examples_dir}" COMPONENT runtime)
@@ -117,7 +116,7 @@ proreflax_install_pages(runtime "config-center.8")
 proreflax_install_pages(runtime "writeflash.1")
 
 if("systemd" IN_LIST PROREFLAX_INIT)
-  proreflax_install_filled(FILES systemd/config-center.service lib/systemd/system)
+  proreflax_install_filled(FILES systemd/config-center.service "${PROREFLAX_UNIT_DIR}")
   install(FILES "${proreflax_packaging}/systemd/sysusers.conf" RENAME proreflax.conf
           DESTINATION lib/sysusers.d COMPONENT runtime)
   install(FILES "${proreflax_packaging}/systemd/tmpfiles.conf" RENAME proreflax.conf
@@ -127,6 +126,10 @@ if("sysv" IN_LIST PROREFLAX_INIT)
   proreflax_install_filled(PROGRAMS init/config-center "${proreflax_etc_dir}/init.d")
 endif()
 
+if(NOT PROREFLAX_BUILD_CFC)
+  return()
+endif()
+proreflax_run_path(cfc BINDIR)
 install(TARGETS cfc RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
 install(FILES tools/completion/cfc.bash RENAME cfc
         DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT tools)
