@@ -5,10 +5,11 @@ build_packages="g++ cmake ninja-build libcli11-dev nlohmann-json3-dev util-linux
 test_packages="$build_packages libgtest-dev libgmock-dev clang libclang-rt-14-dev binutils bash-completion mandoc mount
   procps u-boot-tools"
 install_packages="$build_packages binutils mandoc mount pkg-config shellcheck systemd"
+deb_packages="$build_packages build-essential debhelper debootstrap lintian mount"
 # What ./test --all needs on top: compilers for the other platforms, what runs their programs and
 # looks at their output, and what packages are made with.
 target_packages="$build_packages googletest g++-mips-linux-gnu g++-i686-linux-gnu qemu-user"
-all_packages="$test_packages $install_packages $target_packages abigail-tools debhelper debootstrap lintian"
+all_packages="$test_packages $install_packages $target_packages $deb_packages abigail-tools"
 ci_packages="$all_packages clang-format clang-tidy libbenchmark-dev zlib1g-dev"
 
 # Installs those of the named packages that are missing, or says which they are and stops.

@@ -20,9 +20,8 @@ private_namespaces() {
 # /sbin and /etc are new ones; writable, what is written into the host's folders stays in memory. Ends
 # with 77 where this is not to be had.
 make_private_root() {
-  mount --make-rprivate /
-  root=/mnt
-  mount -t tmpfs -o mode=755 tmpfs "$root" || { echo "no file system in memory"; exit 77; }
+  take_memory
+  root=$memory
   mkdir -p "$root/dev" "$root/proc" "$root/run" "$root/var/lib"
   mkdir -m 1777 "$root/tmp"
   for folder in bin etc lib lib32 lib64 libx32 sbin usr; do
@@ -37,11 +36,15 @@ make_private_root() {
         ;;
     esac
   done
-  for file in null zero urandom; do
-    : >"$root/dev/$file"
-    mount --bind "/dev/$file" "$root/dev/$file"
-  done
-  mount --rbind /proc "$root/proc"
+  add_kernel_files
+}
+
+# make_root_over FOLDER: makes $root, which is FOLDER; what is written there stays in memory.
+make_root_over() {
+  take_memory
+  root=$memory/root
+  lay_over "$1" "$root"
+  add_kernel_files
 }
 
 # bound FOLDER: the host's FOLDER under the same name in the root.
@@ -52,11 +55,30 @@ bound() {
 
 # writable FOLDER: the same; what is written there stays in memory.
 writable() {
-  mkdir -p "$root$1" "$root/.over$1/upper" "$root/.over$1/work"
-  mount -t overlay overlay "$root$1" \
-    -o "lowerdir=$1,upperdir=$root/.over$1/upper,workdir=$root/.over$1/work" ||
+  lay_over "$1" "$root$1"
+}
+
+take_memory() {
+  mount --make-rprivate /
+  memory=/mnt
+  mount -t tmpfs -o mode=755 tmpfs "$memory" || { echo "no file system in memory"; exit 77; }
+}
+
+# lay_over FOLDER PLACE
+lay_over() {
+  mkdir -p "$2" "$memory/.over$1/upper" "$memory/.over$1/work"
+  mount -t overlay overlay "$2" \
+    -o "lowerdir=$1,upperdir=$memory/.over$1/upper,workdir=$memory/.over$1/work" ||
     { echo "no overlay file system on this machine"; exit 77; }
-  for inner in "$root$1"/*/; do
+  for inner in "$2"/*/; do
     [ -w "$inner" ] || { echo "only root can write over the folders of this machine"; exit 77; }
   done
+}
+
+add_kernel_files() {
+  for file in null zero urandom; do
+    : >>"$root/dev/$file"
+    mount --bind "/dev/$file" "$root/dev/$file"
+  done
+  mount --rbind /proc "$root/proc"
 }
