@@ -40,8 +40,8 @@ function(proreflax_install_pages component pattern)
   endforeach()
 endfunction()
 
-# A link to the library. Its own name has no "lib" in front: ldconfig passes by such files, and so does
-# the linker's -lproreflax. Each of them gets a link with a name that it looks for.
+# A link to the library. Its own name has no "lib" in front: ldconfig passes by such files, and so
+# does the linker's -lproreflax. Each of them gets a link with a name that it looks for.
 function(proreflax_install_link name component)
   file(CREATE_LINK "proreflax.so.${PROJECT_VERSION_MAJOR}" "${proreflax_made}/${name}" SYMBOLIC)
   install(FILES "${proreflax_made}/${name}" DESTINATION "${CMAKE_INSTALL_LIBDIR}"

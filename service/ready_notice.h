@@ -4,9 +4,9 @@
 
 namespace proreflax {
 
-/// Sends "READY=1" to the datagram socket that the environment variable NOTIFY_SOCKET names: a path, or
-/// a name in the abstract namespace behind an "@". Does nothing without the variable. Nobody who does
-/// not listen is waited for.
+/// Sends "READY=1" to the datagram socket that the environment variable NOTIFY_SOCKET names: a
+/// path, or a name in the abstract namespace behind an "@". Does nothing without the variable,
+/// and waits for nobody.
 void send_ready_notice();
 
 }  // namespace proreflax

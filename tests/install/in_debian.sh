@@ -1,8 +1,8 @@
 #!/bin/sh
 # in_debian.sh packaged|booted
 #
-# In the root of a Debian with the three packages in /srv: installs them, uses them, and purges them,
-# without systemd as process 1; or, booted, uses the installed service under systemd.
+# In the root of a Debian with the three packages in /srv: installs them, uses them, and purges
+# them, without systemd as process 1; or, booted, uses the installed service under systemd.
 set -eu
 packages="proreflax proreflax-dev proreflax-tools"
 log=/srv/log
@@ -46,7 +46,8 @@ use_service() {
 
 # --- The packages -------------------------------------------------------------------------------
 
-# What a device has, but for what every package leaves: names of packages, logs and the loader's cache.
+# What a device has, but for what every package leaves: names of packages, logs and the loader's
+# cache.
 listing() {
   find / -xdev \( -path /proc -o -path /srv -o -path /tmp -o -path /var/lib/dpkg -o -path /var/log \
     -o -path /var/cache/ldconfig -o -path /var/cache/debconf -o -path /etc/ld.so.cache \) -prune \

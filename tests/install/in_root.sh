@@ -1,10 +1,10 @@
 #!/bin/sh
 # in_root.sh PREFIX LIBDIR ETC SOURCES
 #
-# What somebody does with an installation: builds the examples (in SOURCES) against it in three ways,
-# starts its service and runs everything. ETC is the folder that holds init.d; or "moved", for an
-# installation that is not where it was configured for: then nothing but the building and the loading
-# is looked at. Run in a root of its own: it uses the device's own paths.
+# What somebody does with an installation: builds the examples (in SOURCES) against it in three
+# ways, starts its service and runs everything. ETC is the folder that holds init.d; or "moved", for
+# an installation that is not where it was configured for: then nothing but the building and the
+# loading is looked at. Run in a root of its own: it uses the device's own paths.
 set -eu
 prefix=$1 libdir=$1/$2 etc=$3 sources=$4
 work=/tmp/work
@@ -91,8 +91,8 @@ programs_load_the_installed_library() {
   done
 }
 
-# Without a run path, in a folder that is not the loader's own, and on a device: without the links for
-# the linker.
+# Without a run path, in a folder that is not the loader's own, and on a device: without the links
+# for the linker.
 ldconfig_knows_the_library() {
   cc "-I$prefix/include" "$sources/hostname.c" -o "$work/plain" "-L$libdir" -lproreflax
   rm "$libdir/proreflax.so" "$libdir/libproreflax.so"

@@ -1,6 +1,6 @@
 # shellcheck shell=sh
-# A root of its own for programs that use the device's own paths: private mount and IPC namespaces, a
-# file system in memory, and the host's programs and libraries in it. Sourced by test scripts.
+# A root of its own for programs that use the device's own paths: private mount and IPC namespaces,
+# a file system in memory, and the host's programs and libraries in it. Sourced by test scripts.
 
 # private_namespaces SCRIPT ARG...: becomes SCRIPT in private mount and IPC namespaces. Ends with 77
 # where the kernel allows none.
@@ -16,9 +16,9 @@ private_namespaces() {
   exit 77
 }
 
-# make_private_root bound|writable: makes $root. Bound, the host's folders are there as they are, and
-# /sbin and /etc are new ones; writable, what is written into the host's folders stays in memory. Ends
-# with 77 where this is not to be had.
+# make_private_root bound|writable: makes $root. Bound, the host's folders are there as they are,
+# and /sbin and /etc are new ones; writable, what is written into the host's folders stays in
+# memory. Ends with 77 where this is not to be had.
 make_private_root() {
   take_memory
   root=$memory
