@@ -17,10 +17,15 @@ int status_of(int wait_status) {
   return WIFEXITED(wait_status) ? WEXITSTATUS(wait_status) : 1000 + WTERMSIG(wait_status);
 }
 
-/// The service raises its marker first and frees the lock once it is ready.
-bool lock_is_free() {
-  const int lock = semget(proreflax::CFC_SEM_KEY, 0, 0);
-  return lock != -1 && semctl(lock, proreflax::marker_semaphore, GETVAL) > 0 &&
+int present_lock() {
+  return semget(proreflax::CFC_SEM_KEY, 0, 0);
+}
+
+/// The service raises its marker first and frees the lock once it is ready. For a moment it raises
+/// the marker of a lock that was left over, too, before it removes that.
+bool lock_is_free(int left_over) {
+  const int lock = present_lock();
+  return lock != -1 && lock != left_over && semctl(lock, proreflax::marker_semaphore, GETVAL) > 0 &&
          semctl(lock, proreflax::lock_semaphore, GETVAL) > 0;
 }
 
@@ -41,6 +46,7 @@ service_process::service_process(const std::vector<std::string>& options, void (
     arguments.push_back(const_cast<char*>(option.c_str()));
   }
   arguments.push_back(nullptr);
+  const int left_over = present_lock();
   id_ = fork();
   if (id_ == 0) {
     const int log = open(log_path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
@@ -52,7 +58,7 @@ service_process::service_process(const std::vector<std::string>& options, void (
     execv(program.c_str(), arguments.data());
     _exit(127);
   }
-  eventually([this] { return !runs() || lock_is_free(); });
+  eventually([&] { return !runs() || lock_is_free(left_over); });
 }
 
 service_process::~service_process() {
