@@ -110,7 +110,7 @@ booted() {
   expect "" cfc set LAN LanIPAddr 10.0.0.6
   expect "" cfc flush
   kill -KILL "$(systemctl show --property MainPID --value config-center.service)"
-  for attempt in $(seq 100); do
+  for attempt in $(seq 300); do
     [ "$(systemctl show --property NRestarts,ActiveState --value config-center.service | xargs)" \
       != "1 active" ] || break
     sleep 0.1

@@ -126,7 +126,7 @@ run_hostnames() {
 
 # shows FILE LINE: waits until the last line of FILE is LINE.
 shows() {
-  for attempt in $(seq 100); do
+  for attempt in $(seq 300); do
     [ "$(tail -n 1 "$1" 2>/dev/null)" != "$2" ] || return 0
     sleep 0.1
   done
@@ -215,7 +215,7 @@ run_as_unit() {
   eval "setpriv --bounding-set -all --inh-caps -all --no-new-privs \
     $(sed -n 's/^ExecStart=//p' "$unit") >$work/service.log 2>&1 &"
   service=$!
-  for attempt in $(seq 100); do
+  for attempt in $(seq 300); do
     ! grep -q ': ready$' "$work/service.log" || break
     sleep 0.1
   done
