@@ -378,14 +378,17 @@ TEST_F(Firmware, without_a_terminal_and_without_yes_nothing_is_written) {
 
 TEST_F(Firmware, on_a_terminal_only_yes_goes_on) {
   const string image = file("k", kernel({1}));
-  const string command = PROREFLAX_DEVICE_ROOT "/programs/cfc firmware write " + image;
-  for (const auto& [answer, status] :
-       {std::pair{"n\n", 1}, {"\n", 1}, {"yesterday\n", 1}, {"y\n", 0}, {"yes\n", 0}}) {
+  for (const auto& [answer, status] : {std::pair{"n\n", 1},
+                                       {"\n", 1},
+                                       {"yesterday\n", 1},
+                                       {"\x04", 1},
+                                       {"y\n", 0},
+                                       {"yes\n", 0}}) {
     std::filesystem::remove(device_root::path("/dev/flash"));
-    const ended asked =
-        started_program{"/usr/bin/script", {"-qec", command, "/dev/null"}, answer}.wait();
-    EXPECT_EQ(asked.status, status) << answer << asked.out;
-    EXPECT_THAT(asked.out, HasSubstr("[y/N]"));
+    const ended asked = run_cfc_on_terminal({"firmware", "write", image}, answer);
+    EXPECT_EQ(asked.status, status) << answer << asked.err;
+    EXPECT_THAT(asked.err, HasSubstr("What is there now is lost. [y/N]\n"));
+    EXPECT_EQ(asked.err.ends_with("cfc: firmware write: nothing was written\n"), status == 1);
     EXPECT_EQ(flash_at(kernel_region, 65), status == 0 ? kernel({1}) : bytes{}) << answer;
   }
 }
