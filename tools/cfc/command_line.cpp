@@ -232,6 +232,7 @@ class grammar {
   void add_firmware_info(CLI::App* family) {
     CLI::App* const verb = add_member(family, "info", "Show an image, and what the device says");
     verb->add_option("FILE", firmware_info_.file, "The image")->required()->type_name("");
+    add_json(verb, firmware_info_.json);
     verb->callback([this] { chosen_ = firmware_info_; });
   }
 

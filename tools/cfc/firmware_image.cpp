@@ -85,8 +85,9 @@ std::string show_bytes(std::uint64_t count) {
   return std::to_string(count) + (count == 1 ? " byte" : " bytes");
 }
 
-std::string stated_and_found(std::uint32_t stated, std::uint32_t found) {
-  return "the header says " + show_word(stated) + ", the bytes give " + show_word(found);
+std::string stated_and_found(const image_checksum& checksum) {
+  return "the header says " + show_word(checksum.expected) + ", the bytes give " +
+         show_word(checksum.found.value_or(0));
 }
 
 /// The numbers behind a refusal; empty where the sentence says it all.
@@ -103,12 +104,9 @@ std::string numbers_of(const image_fault& fault) {
       return "type " + std::to_string(type) + ", " + std::string{image_type_name(type)};
     }
     case CFC_ERR_FW_HDR_CRC:
-      return stated_and_found(header_field(image.bytes, header_word::header_crc),
-                              image_header_crc(image.bytes));
+      return stated_and_found(image.header_checksum());
     case CFC_ERR_FW_DATA_CRC:
-      return stated_and_found(header_field(image.bytes, header_word::data_crc),
-                              image_crc32(0, image.bytes + FW_HEADER_SIZE,
-                                          header_field(image.bytes, header_word::data_size)));
+      return stated_and_found(image.data_checksum());
     case CFC_ERR_FW_TRUNCATED:
       return image.has_data() ? "its table of parts"
                               : "the header declares " +
@@ -153,6 +151,19 @@ std::string image_view::name() const {
   return {text, strnlen(text, header_name_size)};
 }
 
+image_checksum image_view::header_checksum() const {
+  return {header_field(bytes, header_word::header_crc), image_header_crc(bytes)};
+}
+
+image_checksum image_view::data_checksum() const {
+  image_checksum checksum{header_field(bytes, header_word::data_crc), std::nullopt};
+  if (has_data()) {
+    checksum.found =
+        image_crc32(0, bytes + FW_HEADER_SIZE, header_field(bytes, header_word::data_size));
+  }
+  return checksum;
+}
+
 image_view look_at_image(const std::vector<std::uint8_t>& bytes) {
   image_view image{.bytes = bytes.data(), .size = static_cast<std::uint32_t>(bytes.size())};
   if (bytes.size() > FW_IMAGE_SIZE_MAX) {
@@ -163,10 +174,13 @@ image_view look_at_image(const std::vector<std::uint8_t>& bytes) {
   return image;
 }
 
-std::string image_fault::in_words() const {
+std::string image_fault::sentence() const {
   const std::string numbers = numbers_of(*this);
-  return (image->place.empty() ? "" : image->place + ": ") +
-         cfc::in_words(code, result_sentence(code)) + (numbers.empty() ? "" : " (" + numbers + ")");
+  return result_sentence(code) + (numbers.empty() ? "" : " (" + numbers + ")");
+}
+
+std::string image_fault::in_words() const {
+  return (image->place.empty() ? "" : image->place + ": ") + cfc::in_words(code, sentence());
 }
 
 std::optional<image_fault> first_fault(

@@ -26,6 +26,13 @@ struct loaded_file {
 
 loaded_file load_file(const std::string& path);
 
+struct image_checksum {
+  std::uint32_t expected = 0;          // as the header has it
+  std::optional<std::uint32_t> found;  // of the bytes; nothing when they are not there as a whole
+
+  bool is_right() const { return expected == found; }
+};
+
 /// What was seen of an image, or of a part of one. The bytes belong to whoever loaded them.
 struct image_view {
   std::string place;  // "part 2", "part 2.1"; empty for the image of the file
@@ -41,6 +48,9 @@ struct image_view {
   bool has_data() const;
   bool is_multi() const;
   std::string name() const;
+  /// Of an image that has a header.
+  image_checksum header_checksum() const;
+  image_checksum data_checksum() const;
 };
 
 image_view look_at_image(const std::vector<std::uint8_t>& bytes);
@@ -50,7 +60,9 @@ struct image_fault {
   const image_view* image = nullptr;
   std::uint32_t code = CFC_OK;
 
-  /// "part 2: 235 CFC_ERR_FW_DATA_CRC: " and a sentence, with the numbers that are at odds.
+  /// A sentence, with the numbers that are at odds.
+  std::string sentence() const;
+  /// "part 2: 235 CFC_ERR_FW_DATA_CRC: " and the sentence.
   std::string in_words() const;
 };
 

@@ -2,10 +2,9 @@
 
 #include <ctime>
 
-#include "firmware/image_check.h"
-#include "firmware/image_crc.h"
 #include "firmware/image_header.h"
 #include "tools/cfc/image_names.h"
+#include "tools/cfc/json_text.h"
 #include "tools/cfc/result_text.h"
 
 namespace cfc {
@@ -29,17 +28,11 @@ std::string show_number(std::string_view name, std::uint8_t number) {
   return std::string{name} + " (" + std::to_string(number) + ")";
 }
 
-std::string show_checksum(std::uint32_t expected, std::uint32_t found) {
-  return "expected " + show_word(expected) + ", found " + show_word(found) +
-         (expected == found ? ": right" : ": wrong");
-}
-
-std::string show_data_checksum(const image_view& image) {
-  const std::uint32_t expected = header_field(image.bytes, header_word::data_crc);
-  const std::uint32_t size = header_field(image.bytes, header_word::data_size);
-  return image.has_data()
-             ? show_checksum(expected, image_crc32(0, image.bytes + FW_HEADER_SIZE, size))
-             : "expected " + show_word(expected) + ", and the data is not there as a whole";
+std::string show_checksum(const image_checksum& checksum) {
+  const std::string found = checksum.found ? ", found " + show_word(*checksum.found) +
+                                                 (checksum.is_right() ? ": right" : ": wrong")
+                                           : ", and the data is not there as a whole";
+  return "expected " + show_word(checksum.expected) + found;
 }
 
 lines header_lines(const image_view& image) {
@@ -60,9 +53,8 @@ lines header_lines(const image_view& image) {
       "processor     " + show_number(architecture_name(processor), processor),
       "type          " + show_number(image_type_name(type), type),
       "compression   " + show_number(compression_name(compression), compression),
-      "header CRC    " +
-          show_checksum(word(header_word::header_crc), image_header_crc(image.bytes)),
-      "data CRC      " + show_data_checksum(image),
+      "header CRC    " + show_checksum(image.header_checksum()),
+      "data CRC      " + show_checksum(image.data_checksum()),
   };
 }
 
@@ -75,18 +67,17 @@ void hang(lines& tree, const lines& part, bool last) {
   }
 }
 
-exit_status tell_result(const image_view& image, const std::string& file, output& out) {
-  const auto fault = first_fault(image);
-  if (!fault) {
-    out.result("result: " +
-               in_words(CFC_OK, "the device takes this image where its flash has room"));
-    return exit_status::done;
+/// What is no image has no fields and no result.
+void print(const image_view& image, const std::optional<image_fault>& fault, output& out) {
+  if (!image.has_header()) {
+    return;
   }
-  if (image.has_header()) {
-    out.result("result: " + fault->in_words());
+  for (const std::string& line : describe(image)) {
+    out.result(line);
   }
-  out.complain("cfc: firmware info: " + printable(file) + ": " + fault->in_words());
-  return exit_status::failed;
+  out.result("result: " +
+             (fault ? fault->in_words()
+                    : in_words(CFC_OK, "the device takes this image where its flash has room")));
 }
 
 }  // namespace
@@ -112,12 +103,17 @@ exit_status run(const firmware_info_command& command, output& out) {
     return exit_status::failed;
   }
   const image_view image = look_at_image(file.bytes);
-  if (image.has_header()) {
-    for (const std::string& line : describe(image)) {
-      out.result(line);
-    }
+  const auto fault = first_fault(image);
+  if (command.json) {
+    out.result(json_of(command.file, image, fault));
+  } else {
+    print(image, fault, out);
   }
-  return tell_result(image, command.file, out);
+  if (!fault) {
+    return exit_status::done;
+  }
+  out.complain("cfc: firmware info: " + printable(command.file) + ": " + fault->in_words());
+  return exit_status::failed;
 }
 
 }  // namespace cfc

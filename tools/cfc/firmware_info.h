@@ -13,6 +13,7 @@ namespace cfc {
 
 struct firmware_info_command {
   std::string file;
+  bool json = false;
 };
 
 /// Every header field and both checksums, the parts below.

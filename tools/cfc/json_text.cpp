@@ -3,6 +3,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "firmware/image_header.h"
+#include "tools/cfc/image_names.h"
 #include "tools/cfc/result_text.h"
 
 namespace cfc {
@@ -22,13 +24,17 @@ bool is_utf8(const std::string& text) {
   }
 }
 
+std::string bytes_of(const std::string& text) {
+  return show_value(binary_data{text.begin(), text.end()});
+}
+
 struct value_writer {
   json& object;
 
   void operator()(const std::string& text) const {
     object["value"] = text;
     if (!is_utf8(text)) {
-      object["bytes"] = show_value(binary_data{text.begin(), text.end()});
+      object["bytes"] = bytes_of(text);
     }
   }
   void operator()(std::uint32_t number) const { object["value"] = number; }
@@ -137,6 +143,58 @@ json object_of(const wireless_counts& counts) {
           {"failed", number(counts.failed)}};
 }
 
+json object_of(const image_checksum& checksum) {
+  if (!checksum.found) {
+    return {{"expected", checksum.expected}, {"found", nullptr}, {"right", nullptr}};
+  }
+  return {
+      {"expected", checksum.expected}, {"found", *checksum.found}, {"right", checksum.is_right()}};
+}
+
+json object_of(std::uint8_t number, std::string_view name) {
+  return {{"number", number}, {"name", name}};
+}
+
+void add_header(json& object, const image_view& image) {
+  using word = proreflax::header_word;
+  using byte = proreflax::header_byte;
+  const auto field = [&](auto which) { return proreflax::header_field(image.bytes, which); };
+  object["name"] = image.name();
+  if (!is_utf8(image.name())) {
+    object["name_bytes"] = bytes_of(image.name());
+  }
+  object["magic"] = field(word::magic);
+  object["time"] = field(word::time_stamp);
+  object["data_size"] = field(word::data_size);
+  object["load_address"] = field(word::load_address);
+  object["entry_point"] = field(word::entry_point);
+  const std::uint8_t system = field(byte::operating_system);
+  object["system"] = object_of(system, operating_system_name(system));
+  const std::uint8_t processor = field(byte::architecture);
+  object["processor"] = object_of(processor, architecture_name(processor));
+  object["type"] = object_of(field(byte::type), image_type_name(field(byte::type)));
+  const std::uint8_t compression = field(byte::compression);
+  object["compression"] = object_of(compression, compression_name(compression));
+  object["header_crc"] = object_of(image.header_checksum());
+  object["data_crc"] = object_of(image.data_checksum());
+}
+
+/// What has no header has a size alone.
+json object_of(const image_view& image) {
+  json object;
+  if (!image.place.empty()) {
+    object["place"] = image.place;
+  }
+  object["size"] = image.size;
+  if (image.has_header()) {
+    add_header(object, image);
+  }
+  for (const image_view& part : image.parts) {
+    object["parts"].push_back(object_of(part));
+  }
+  return object;
+}
+
 json object_of(const section_entry& entry, bool secrets) {
   json object{{"key", entry.key.name()}, {"type", name_of(kind_of(entry.key.which))}};
   if (!entry.text) {
@@ -170,8 +228,7 @@ json object_of(const proreflax::field& which) {
 
 /// A text that is no UTF-8 as an object with its bytes, so that it comes back as it was.
 json exported_text(const std::string& text) {
-  return is_utf8(text) ? json(text)
-                       : json{{"bytes", show_value(binary_data{text.begin(), text.end()})}};
+  return is_utf8(text) ? json(text) : json{{"bytes", bytes_of(text)}};
 }
 
 /// Pair by pair: a value may have more bytes than the type binary takes.
@@ -215,6 +272,20 @@ json parsed_object(const std::string& text, std::string& failure) {
 }
 
 }  // namespace
+
+std::string json_of(const std::string& file, const image_view& image,
+                    const std::optional<image_fault>& fault) {
+  json object{{"file", file}, {"image", object_of(image)}};
+  if (fault) {
+    add_code(object, fault->code, fault->sentence());
+  } else {
+    add_code(object, CFC_OK, {});
+  }
+  if (fault && !fault->image->place.empty()) {
+    object["place"] = fault->image->place;
+  }
+  return line_of(object);
+}
 
 std::string json_of(const section_values& values, bool secrets) {
   json object{{"section", values.name()}, {"entries", json::array()}};

@@ -6,11 +6,13 @@
 #define PROREFLAX_TOOLS_CFC_JSON_TEXT_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "tools/cfc/batch.h"
 #include "tools/cfc/check.h"
+#include "tools/cfc/firmware_image.h"
 #include "tools/cfc/section_values.h"
 #include "tools/cfc/status.h"
 #include "tools/cfc/value_verbs.h"
@@ -26,6 +28,10 @@ std::string json_of(const wireless_status_report& report);
 std::string json_of(const wireless_event_report& report);
 std::string json_of(const wireless_station_report& report);
 std::string json_of(const wireless_channel_report& report);
+
+/// The image of a file, its parts in it, and what the device would say to it.
+std::string json_of(const std::string& file, const image_view& image,
+                    const std::optional<image_fault>& fault);
 
 /// What a section holds, a value a key; a secret is null unless secrets are asked for.
 std::string json_of(const section_values& values, bool secrets);

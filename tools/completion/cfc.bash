@@ -80,6 +80,7 @@ _cfc_options() {
     firmware)
       printf '%s\n' --help
       case ${arguments[1]} in
+        info) printf '%s\n' --json ;;
         pack) printf '%s\n' --type --output --name --load --entry --time ;;
         write) printf '%s\n' --yes ;;
       esac

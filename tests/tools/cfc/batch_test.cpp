@@ -423,7 +423,7 @@ TEST(AllOrNothing, a_signal_waits_until_the_batch_is_done) {
     std::mutex started;
     service.before_answer(2, [&] {
       const std::lock_guard wait_for_pid{started};
-      kill(batch->pid(), signal);
+      batch->send(signal);
     });
     {
       const std::lock_guard lock{started};

@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <optional>
 
 #include "tests/firmware/image_builder.h"
@@ -17,6 +18,7 @@
 #include "tools/cfc/image_names.h"
 
 using namespace cfc;
+using nlohmann::json;
 using std::string;
 using testing::AllOf;
 using testing::EndsWith;
@@ -88,6 +90,12 @@ string refusal_of(const bytes& image) {
   return fault ? fault->in_words() : "taken";
 }
 
+std::uint32_t header_crc_of(const bytes& image) {
+  bytes header(image.begin(), image.begin() + 64);
+  put_big_endian(header, 4, 0);
+  return bitwise_crc(header);
+}
+
 bytes with_fields() {
   bytes image = kernel(some_bytes(100));
   put_big_endian(image, 8, 1234567890);
@@ -109,11 +117,7 @@ TEST_F(Firmware, info_tells_every_field_in_words) {
   const ended info = firmware({"info", file("k", image)});
   EXPECT_EQ(info.status, 0);
   EXPECT_EQ(info.err, "");
-  const string header_crc = show_word(bitwise_crc([&] {
-    bytes header(image.begin(), image.begin() + 64);
-    put_big_endian(header, 4, 0);
-    return header;
-  }()));
+  const string header_crc = show_word(header_crc_of(image));
   const string data_crc = show_word(bitwise_crc({image.begin() + 64, image.end()}));
   EXPECT_EQ(info.out,
             "image: kernel \"a name of exactly 32 characters.\", 164 bytes\n"
@@ -134,6 +138,70 @@ TEST_F(Firmware, info_tells_every_field_in_words) {
                 data_crc + ", found " + data_crc +
                 ": right\n"
                 "result: 0 CFC_OK: the device takes this image where its flash has room\n");
+}
+
+TEST_F(Firmware, info_as_json_tells_every_field) {
+  const bytes image = with_fields();
+  const ended info = firmware({"info", "--json", file("k", image)});
+  EXPECT_EQ(info.status, 0);
+  EXPECT_EQ(info.err, "");
+  EXPECT_EQ(std::ranges::count(info.out, '\n'), 1);
+  json expected = json::parse(R"({"image":{"size":164,"name":"a name of exactly 32 characters.",
+      "magic":654645590,"time":1234567890,"data_size":100,
+      "load_address":2147491840,"entry_point":2150913656,
+      "system":{"number":5,"name":"Linux"},"processor":{"number":5,"name":"MIPS"},
+      "type":{"number":2,"name":"kernel"},"compression":{"number":1,"name":"gzip"}},
+      "code":0,"name":"CFC_OK"})");
+  expected["file"] = path("k");
+  const std::pair<const char*, std::uint32_t> checksums[] = {
+      {"header_crc", header_crc_of(image)},
+      {"data_crc", bitwise_crc({image.begin() + 64, image.end()})}};
+  for (const auto& [field, crc] : checksums) {
+    expected["image"][field] = {{"expected", crc}, {"found", crc}, {"right", true}};
+  }
+  EXPECT_EQ(json::parse(info.out), expected);
+}
+
+TEST_F(Firmware, info_as_json_holds_parts_and_what_is_wrong_with_them) {
+  bytes bad = kernel(some_bytes(8));
+  bad.back() ^= 1;
+  const ended info =
+      firmware({"info", file("m", multi_file({ramdisk({1}), multi_file({bad})})), "--json"});
+  EXPECT_EQ(info.status, 1);
+  EXPECT_THAT(info.err, HasSubstr(": part 2.1: 235 CFC_ERR_FW_DATA_CRC: "));
+  const json told = json::parse(info.out);
+  EXPECT_EQ(told["code"], 235);
+  EXPECT_EQ(told["name"], "CFC_ERR_FW_DATA_CRC");
+  EXPECT_EQ(told["place"], "part 2.1");
+  EXPECT_THAT(told["message"].get<string>(),
+              StartsWith("the checksum of the firmware data differs (the header says 0x"));
+  const json& parts = told["image"]["parts"];
+  ASSERT_EQ(parts.size(), 2U);
+  EXPECT_FALSE(told["image"].contains("place"));
+  EXPECT_EQ(parts[0]["place"], "part 1");
+  EXPECT_EQ(parts[0]["type"]["name"], "ramdisk");
+  EXPECT_FALSE(parts[0].contains("parts"));
+  const json& checksum = parts[1]["parts"][0]["data_crc"];
+  EXPECT_EQ(checksum["right"], false);
+  EXPECT_EQ(checksum["found"], bitwise_crc({bad.begin() + 64, bad.end()}));
+  EXPECT_EQ(checksum["expected"], bitwise_crc(some_bytes(8)));
+}
+
+TEST_F(Firmware, info_as_json_leaves_out_what_cannot_be_told) {
+  bytes cut = build({.data = some_bytes(100)});
+  cut[32] = 0xff;
+  cut.resize(80);
+  const json image = json::parse(firmware({"info", "--json", file("k", cut)}).out)["image"];
+  EXPECT_EQ(image["data_crc"]["expected"], bitwise_crc(some_bytes(100)));
+  EXPECT_EQ(image["data_crc"]["found"], nullptr);
+  EXPECT_EQ(image["data_crc"]["right"], nullptr);
+  EXPECT_EQ(image["name"], "\xef\xbf\xbd");
+  EXPECT_EQ(image["name_bytes"], "ff");
+  const ended none = firmware({"info", "--json", file("text", bytes(100, 'x'))});
+  EXPECT_EQ(none.status, 1);
+  EXPECT_EQ(json::parse(none.out)["image"], json({{"size", 100}}));
+  EXPECT_EQ(json::parse(none.out)["code"], 237);
+  EXPECT_EQ(firmware({"info", "--json", path("none")}).out, "");
 }
 
 TEST_F(Firmware, numbers_have_the_names_of_the_published_format) {
@@ -378,14 +446,17 @@ TEST_F(Firmware, without_a_terminal_and_without_yes_nothing_is_written) {
 
 TEST_F(Firmware, on_a_terminal_only_yes_goes_on) {
   const string image = file("k", kernel({1}));
-  const string command = PROREFLAX_DEVICE_ROOT "/programs/cfc firmware write " + image;
-  for (const auto& [answer, status] :
-       {std::pair{"n\n", 1}, {"\n", 1}, {"yesterday\n", 1}, {"y\n", 0}, {"yes\n", 0}}) {
+  for (const auto& [answer, status] : {std::pair{"n\n", 1},
+                                       {"\n", 1},
+                                       {"yesterday\n", 1},
+                                       {"\x04", 1},
+                                       {"y\n", 0},
+                                       {"yes\n", 0}}) {
     std::filesystem::remove(device_root::path("/dev/flash"));
-    const ended asked =
-        started_program{"/usr/bin/script", {"-qec", command, "/dev/null"}, answer}.wait();
-    EXPECT_EQ(asked.status, status) << answer << asked.out;
-    EXPECT_THAT(asked.out, HasSubstr("[y/N]"));
+    const ended asked = run_cfc_on_terminal({"firmware", "write", image}, answer);
+    EXPECT_EQ(asked.status, status) << answer << asked.err;
+    EXPECT_THAT(asked.err, HasSubstr("What is there now is lost. [y/N]\n"));
+    EXPECT_EQ(asked.err.ends_with("cfc: firmware write: nothing was written\n"), status == 1);
     EXPECT_EQ(flash_at(kernel_region, 65), status == 0 ? kernel({1}) : bytes{}) << answer;
   }
 }

@@ -6,8 +6,6 @@
 
 #include "transport/message.h"
 
-using namespace proreflax;
-
 namespace {
 
 constexpr std::size_t text_max = 512;
@@ -38,19 +36,19 @@ struct prompted_service::request {
       : reply_type{number_at<std::int32_t>(text, 0)},
         operation{number_at<std::uint32_t>(text, 4)},
         value_off{number_at<std::uint16_t>(text, 12)},
-        section{text + text_header_bytes + number_at<std::uint16_t>(text, 8)},
-        key{text + text_header_bytes + number_at<std::uint16_t>(text, 10)},
-        value{text + text_header_bytes + value_off} {}
+        section{text + proreflax::text_header_bytes + number_at<std::uint16_t>(text, 8)},
+        key{text + proreflax::text_header_bytes + number_at<std::uint16_t>(text, 10)},
+        value{text + proreflax::text_header_bytes + value_off} {}
 
   std::string in_words() const {
     switch (operation) {
-      case CFC_OP_GET:
+      case proreflax::CFC_OP_GET:
         return "get " + section + " " + key;
-      case CFC_OP_SET:
+      case proreflax::CFC_OP_SET:
         return "set " + section + " " + key + "=" + value;
-      case CFC_OP_ADD_APP:
+      case proreflax::CFC_OP_ADD_APP:
         return "register " + section;
-      case CFC_OP_FLUSH_ALL:
+      case proreflax::CFC_OP_FLUSH_ALL:
         return "flush";
       default:
         return "defaults";
@@ -108,7 +106,7 @@ void prompted_service::serve() {
   const int queue = queue_.queue_id();
   for (;;) {
     wire_message message{};
-    if (msgrcv(queue, &message, sizeof message.text, request_type, 0) == -1) {
+    if (msgrcv(queue, &message, sizeof message.text, proreflax::request_type, 0) == -1) {
       return;
     }
     answer(request{message.text});
@@ -139,17 +137,17 @@ void prompted_service::answer(const request& asked) {
 
 std::uint32_t prompted_service::carry_out(const request& asked, std::string& value) {
   const std::lock_guard lock{guard_};
-  if (asked.operation == CFC_OP_ADD_APP) {
+  if (asked.operation == proreflax::CFC_OP_ADD_APP) {
     sections_[asked.section];
   }
-  if (asked.operation != CFC_OP_GET && asked.operation != CFC_OP_SET) {
+  if (asked.operation != proreflax::CFC_OP_GET && asked.operation != proreflax::CFC_OP_SET) {
     return 0;
   }
   const auto section = sections_.find(asked.section);
   if (section == sections_.end()) {
     return 209;
   }
-  if (asked.operation == CFC_OP_SET) {
+  if (asked.operation == proreflax::CFC_OP_SET) {
     section->second[asked.key] = asked.value;
     return 0;
   }

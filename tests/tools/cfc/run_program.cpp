@@ -1,9 +1,11 @@
 #include "tests/tools/cfc/run_program.h"
 
 #include <fcntl.h>
+#include <pty.h>
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <array>
@@ -42,51 +44,129 @@ int open_output(const char* path) {
   return path == nullptr ? file_in_memory({}) : open(path, O_WRONLY | O_CLOEXEC);
 }
 
-}  // namespace
-
-started_program::started_program(const std::string& path, std::vector<std::string> words,
-                                 std::string_view input, const char* out_path)
-    : out_{open_output(out_path)}, err_{file_in_memory({})} {
-  const int in = file_in_memory(input);
+pid_t start(const std::string& path, std::vector<std::string> words, int in, int out, int err) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, in, STDIN_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, out_, STDOUT_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, err_, STDERR_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, out, STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, err, STDERR_FILENO);
   words.insert(words.begin(), path);
   std::vector<char*> arguments;
   for (std::string& word : words) {
     arguments.push_back(word.data());
   }
   arguments.push_back(nullptr);
+  pid_t child = -1;
   const int error =
-      posix_spawn(&pid_, full_path(path).c_str(), &actions, nullptr, arguments.data(), environ);
+      posix_spawn(&child, full_path(path).c_str(), &actions, nullptr, arguments.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
-  close(in);
   if (error != 0) {
     throw std::runtime_error("cannot start " + path + ": " + std::strerror(error));
   }
+  return child;
+}
+
+int wait_for_end(pid_t child) {
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+/// Neither echoes what is typed nor changes what is shown.
+class pseudo_terminal {
+ public:
+  explicit pseudo_terminal(std::string_view typed) {
+    termios settings{};
+    if (openpty(&own_end_, &programs_end_, nullptr, nullptr, nullptr) == -1 ||
+        tcgetattr(programs_end_, &settings) == -1) {
+      throw std::runtime_error("no pseudo terminal");
+    }
+    settings.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    settings.c_oflag &= ~static_cast<tcflag_t>(OPOST);
+    tcsetattr(programs_end_, TCSANOW, &settings);
+    fcntl(own_end_, F_SETFD, FD_CLOEXEC);
+    fcntl(programs_end_, F_SETFD, FD_CLOEXEC);
+    if (write(own_end_, typed.data(), typed.size()) != static_cast<ssize_t>(typed.size())) {
+      throw std::runtime_error("cannot type on the pseudo terminal");
+    }
+  }
+  ~pseudo_terminal() {
+    leave_to_programs();
+    close(own_end_);
+  }
+  pseudo_terminal(const pseudo_terminal&) = delete;
+  pseudo_terminal& operator=(const pseudo_terminal&) = delete;
+
+  int programs_end() const { return programs_end_; }
+
+  /// What is shown until the last program has closed it.
+  std::string shown() {
+    leave_to_programs();
+    std::string all;
+    std::array<char, 4096> buffer{};
+    for (ssize_t count = 0; (count = read(own_end_, buffer.data(), buffer.size())) > 0;) {
+      all.append(buffer.data(), static_cast<std::size_t>(count));
+    }
+    return all;
+  }
+
+ private:
+  void leave_to_programs() {
+    if (programs_end_ != -1) {
+      close(programs_end_);
+      programs_end_ = -1;
+    }
+  }
+
+  int own_end_ = -1;
+  int programs_end_ = -1;
+};
+
+}  // namespace
+
+started_program::started_program(const std::string& path, std::vector<std::string> words,
+                                 std::string_view input, const char* out_path)
+    : out_{open_output(out_path)}, err_{file_in_memory({})} {
+  const int in = file_in_memory(input);
+  pid_ = start(path, std::move(words), in, out_, err_);
+  close(in);
 }
 
 started_program::~started_program() {
   if (pid_ != -1) {
-    kill(pid_, SIGKILL);
+    send(SIGKILL);
     waitpid(pid_, nullptr, 0);
   }
   close(out_);
   close(err_);
 }
 
+void started_program::send(int signal) const {
+  if (pid_ <= 0) {
+    throw std::logic_error("there is no program to signal");  // -1 would mean every process
+  }
+  kill(pid_, signal);
+}
+
 ended started_program::wait() {
-  int status = 0;
-  waitpid(pid_, &status, 0);
-  pid_ = -1;
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), content_of(out_),
-          content_of(err_)};
+  const int status = wait_for_end(pid_);
+  pid_ = -1;  // not before: until then another thread may want to signal the program
+  return {status, content_of(out_), content_of(err_)};
 }
 
 ended run_cfc(std::vector<std::string> words, std::string_view input) {
   return started_program{"cfc", std::move(words), input}.wait();
+}
+
+ended run_cfc_on_terminal(std::vector<std::string> words, std::string_view typed) {
+  pseudo_terminal terminal{typed};
+  const int out = file_in_memory({});
+  const pid_t cfc =
+      start("cfc", std::move(words), terminal.programs_end(), out, terminal.programs_end());
+  const std::string shown = terminal.shown();
+  ended run{wait_for_end(cfc), content_of(out), shown};
+  close(out);
+  return run;
 }
 
 std::string name_of(pid_t process) {

@@ -27,6 +27,7 @@ class started_program {
   started_program& operator=(const started_program&) = delete;
 
   pid_t pid() const { return pid_; }
+  void send(int signal) const;
   ended wait();
 
  private:
@@ -36,6 +37,10 @@ class started_program {
 };
 
 ended run_cfc(std::vector<std::string> words, std::string_view input = {});
+
+/// Runs it with a terminal for standard input and standard error. What is typed waits there from the
+/// start; `err` is what the terminal shows, which is not what was typed.
+ended run_cfc_on_terminal(std::vector<std::string> words, std::string_view typed = {});
 
 /// What the kernel calls a process: its program's name, or the emulator's that runs the program.
 std::string name_of(pid_t process);

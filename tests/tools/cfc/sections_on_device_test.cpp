@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <csignal>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -48,10 +50,26 @@ class CfcSections : public testing::Test {
 
   /// Runs `edit` with a shell script for an editor; $1 is the file.
   static ended edit(const string& section, const string& script) {
-    device_root::write("/var/editor", "#!/bin/sh\n" + script + "\n");
-    setenv("VISUAL", ("/bin/sh " + device_root::path("/var/editor").string()).c_str(), 1);
+    set_editor(script);
     return run_cfc({"edit", section});
   }
+
+  static void set_editor(const string& script) {
+    device_root::write("/var/editor", "#!/bin/sh\n" + script + "\n");
+    setenv("VISUAL", ("/bin/sh " + device_root::path("/var/editor").string()).c_str(), 1);
+  }
+
+  /// The same on a terminal where an answer is typed. The editor makes a text that is refused, corrects
+  /// it when it is started again, and notes what it found each time.
+  static ended edit_twice(const string& answer) {
+    device_root::write("/var/seen", "");
+    set_editor("cat \"$1\" >>" + device_root::path("/var/seen").string() +
+               "\nif grep -q '^LanGw=x' \"$1\"; then sed -i 's/^LanGw=x/LanGw=10.0.0.9/' \"$1\"\n"
+               "else printf '# mine\\nConnType=7\\nLanGw=x\\n' >\"$1\"; fi");
+    return run_cfc_on_terminal({"edit", "LAN"}, answer);
+  }
+
+  static string seen() { return device_root::read("/var/seen").value_or(""); }
 
   std::optional<service_process> service_;
 };
@@ -212,6 +230,66 @@ TEST_F(CfcSections, edit_refuses_the_whole_text_with_line_numbers) {
   EXPECT_THAT(refused.err,
               AllOf(StartsWith("LAN:2: key \"LanGw\""), HasSubstr("nothing was changed")));
   EXPECT_EQ(value("LAN", "ConnType"), "0x00000000\n");
+}
+
+TEST_F(CfcSections, edit_goes_on_with_the_refused_text_unless_the_answer_is_no) {
+  for (const char* answer : {"y\n", "Yes\n", "\n"}) {
+    ASSERT_EQ(run_cfc({"set", "LAN", "ConnType", "0"}).status, 0);
+    ASSERT_EQ(run_cfc({"set", "LAN", "LanGw", "10.0.0.1"}).status, 0);
+    const ended edited = edit_twice(answer);
+    EXPECT_EQ(edited.status, 0) << answer;
+    EXPECT_EQ(edited.out, "");
+    EXPECT_THAT(edited.err,
+                AllOf(StartsWith("LAN:3: key \"LanGw\": "), EndsWith("\nGo on editing? [Y/n]\n")));
+    EXPECT_EQ(std::ranges::count(edited.err, '\n'), 2) << edited.err;
+    EXPECT_THAT(seen(),
+                AllOf(StartsWith("# Section LAN."), EndsWith("\n# mine\nConnType=7\nLanGw=x\n")));
+    EXPECT_EQ(value("LAN", "ConnType"), "0x00000007\n") << answer;
+    EXPECT_EQ(value("LAN", "LanGw"), "10.0.0.9\n") << answer;
+  }
+}
+
+TEST_F(CfcSections, edit_gives_a_refused_text_up_when_the_answer_is_no_or_none) {
+  const string before = run_cfc({"show", "LAN"}).out;
+  for (const char* answer : {"n\n", "No\n", "\x04"}) {
+    const ended refused = edit_twice(answer);
+    EXPECT_EQ(refused.status, 1) << answer;
+    EXPECT_THAT(refused.err,
+                AllOf(StartsWith("LAN:3: key \"LanGw\": "),
+                      EndsWith("\nGo on editing? [Y/n]\n"
+                               "cfc: edit: the text was refused; nothing was changed\n")));
+    EXPECT_THAT(seen(), Not(HasSubstr("# mine"))) << "no second editor";
+    EXPECT_EQ(run_cfc({"show", "LAN"}).out, before) << answer;
+  }
+}
+
+TEST_F(CfcSections, edit_does_not_ask_without_a_terminal) {
+  const ended refused = edit("LAN", "echo LanGw=x >\"$1\"");
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.err, Not(HasSubstr("Go on editing")));
+  EXPECT_THAT(refused.err, EndsWith("\ncfc: edit: the text was refused; nothing was changed\n"));
+}
+
+TEST_F(CfcSections, edit_survives_the_keys_that_interrupt_its_editor) {
+  set_editor("touch " + device_root::path("/var/started").string() + "\nuntil [ -e " +
+             device_root::path("/var/go").string() +
+             " ]; do sleep 0.02; done\nsed -i 's/^LanGw=.*/LanGw=10.0.0.9/' \"$1\"");
+  started_program edit{"cfc", {"edit", "LAN"}};
+  ASSERT_TRUE(eventually([] { return device_root::exists("/var/started"); }));
+  edit.send(SIGINT);
+  edit.send(SIGQUIT);
+  device_root::write("/var/go", "");
+  EXPECT_EQ(edit.wait().status, 0);
+  EXPECT_EQ(value("LAN", "LanGw"), "10.0.0.9\n");
+}
+
+TEST_F(CfcSections, the_editor_itself_can_be_interrupted) {
+  for (const char* key : {"INT", "QUIT", "PIPE"}) {
+    const ended edited =
+        edit("LAN", string{"echo LanGw=10.0.0.9 >\"$1\"; ulimit -c 0; kill -"} + key + " $$");
+    EXPECT_EQ(edited.status, 1) << key;
+    EXPECT_THAT(edited.err, EndsWith("cfc: edit: the editor failed; nothing was changed\n")) << key;
+  }
 }
 
 TEST_F(CfcSections, edit_changes_nothing_when_the_editor_fails_or_changes_nothing) {

@@ -1,0 +1,101 @@
+#include "tools/cfc/import.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+
+#include "tests/tools/cfc/prompted_service.h"
+#include "tests/tools/cfc/run_program.h"
+
+using std::string;
+using testing::EndsWith;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+namespace {
+
+/// What puts a text in the place of the terminal's present line.
+string in_place(const string& text) {
+  return "\r\x1b[K" + text;
+}
+
+string percent(int number) {
+  return in_place("cfc: import: " + std::to_string(number) + " %");
+}
+
+/// A configuration text in a file, so that standard input is left to the terminal.
+class text_file {
+ public:
+  explicit text_file(const string& text) {
+    const int file = mkstemp(path_.data());
+    close(file);
+    std::ofstream{path_} << text;
+  }
+  ~text_file() { unlink(path_.c_str()); }
+  text_file(const text_file&) = delete;
+  text_file& operator=(const text_file&) = delete;
+
+  const string& path() const { return path_; }
+
+ private:
+  string path_ = testing::TempDir() + "import-XXXXXX";
+};
+
+string section_of(int entries) {
+  string text = "[A]\n";
+  for (int i = 0; i < entries; ++i) {
+    text += "key" + std::to_string(i) + "=v\n";
+  }
+  return text;
+}
+
+}  // namespace
+
+TEST(ImportOnATerminal, tells_each_per_cent_once_on_one_line_and_clears_it) {
+  prompted_service service;
+  service.has_section("A");
+  const text_file text{section_of(150)};  // 300 requests: three a per cent
+  const ended import = run_cfc_on_terminal({"import", text.path()});
+  EXPECT_EQ(import.status, 0) << import.err;
+  EXPECT_EQ(import.out, "");
+  string expected;
+  for (int i = 0; i < 100; ++i) {
+    expected += percent(i);
+  }
+  EXPECT_EQ(import.err, expected + in_place(""));
+  EXPECT_EQ(service.value("A", "key149"), "v");
+}
+
+TEST(ImportOnATerminal, counts_what_is_read_and_what_is_set) {
+  prompted_service service;
+  service.has_section("A");
+  const text_file text{"[A]\nkey=1\nother=2\nkey=3\n"};  // a key's old value is read once
+  EXPECT_EQ(run_cfc_on_terminal({"import", text.path()}).err,
+            percent(0) + percent(16) + percent(33) + percent(50) + percent(66) + percent(83) +
+                in_place(""));
+}
+
+TEST(ImportOnATerminal, clears_its_line_before_it_complains) {
+  prompted_service service;
+  service.holds("A", "key", "old");
+  service.holds("A", "other", "old");
+  service.answers(4, 208);
+  const text_file text{"[A]\nkey=1\nother=2\n"};
+  const ended import = run_cfc_on_terminal({"import", text.path()});
+  EXPECT_EQ(import.status, 1);
+  EXPECT_THAT(import.err, StartsWith(percent(0) + percent(25) + percent(50) + percent(75) +
+                                     in_place(text.path()) + ":3: set section \"A\""));
+  EXPECT_THAT(import.err, EndsWith("of the sets before it 1 were put back and 0 were not\n"));
+  EXPECT_EQ(service.value("A", "key"), "old");
+}
+
+TEST(ImportOnATerminal, tells_nothing_of_its_progress_elsewhere) {
+  prompted_service service;
+  service.has_section("A");
+  const ended import = run_cfc({"import", "-"}, section_of(150));
+  EXPECT_EQ(import.status, 0);
+  EXPECT_EQ(import.out + import.err, "");
+  EXPECT_EQ(service.requests().size(), 300U);
+}
