@@ -12,7 +12,7 @@ endfunction()
 
 file(REMOVE_RECURSE "${FOLDER}")
 unset(ENV{CMAKE_BUILD_TYPE})
-run("${CMAKE_COMMAND}" -S "${SOURCE}" -B "${FOLDER}"
+run("${CMAKE_COMMAND}" -S "${SOURCE}" -B "${FOLDER}" -G Ninja
     "-DCMAKE_PROJECT_INCLUDE=${CMAKE_CURRENT_LIST_DIR}/refuse_packages.cmake")
 run("${CMAKE_COMMAND}" --build "${FOLDER}" --parallel 2)
 
