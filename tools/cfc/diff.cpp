@@ -88,7 +88,7 @@ class comparison {
       return;
     }
     if (section != last_section_) {
-      out_.result("[" + section + "]");
+      out_.result("[" + printable(section) + "]");
       last_section_ = section;
     }
     const bool hidden = !secrets_ && known && is_secret(known->which);

@@ -25,8 +25,7 @@ content content_of(const section_entry& entry) {
     return content::missing;
   }
   const bool is_empty =
-      entry.text->empty() || (entry.key.which.is_array() &&
-                              holds_zeros_alone(read_stored(entry.key.which, *entry.text).value));
+      entry.text->empty() || holds_zeros_alone(read_stored(entry.key.which, *entry.text).value);
   return is_empty ? content::empty : content::value;
 }
 
@@ -120,7 +119,11 @@ exit_status run(const show_command& command, output& out) {
     const section_values values = read_values(*each);
     if (!values.ok()) {
       complain("show", values, out);
-      status = status == exit_status::done ? status_of(values.code) : status;
+      const exit_status why = status_of(values.code);
+      status = status == exit_status::done ? why : status;
+      if (why == exit_status::failed) {
+        break;  // no other section would fare better
+      }
     } else if (command.json) {
       out.result(json_of(values, command.secrets));
     } else {
@@ -130,9 +133,6 @@ exit_status run(const show_command& command, output& out) {
       for (const std::string& line : table_of(values, command.secrets)) {
         out.result(line);
       }
-    }
-    if (status == exit_status::failed) {
-      break;  // no other section would fare better
     }
   }
   return status;
