@@ -22,8 +22,8 @@ void section_table::iterator::read() {
   at_ += std::strlen(at_) + 1;
 }
 
-// By hand, since printf would take most of the time that a section of two hundred values costs above
-// its exchanges. An index is at most 255, and the tables' keys are known to fit.
+// By hand, since printf would take most of the time that a section of two hundred values costs
+// above its exchanges. An index is at most 255, and the tables' keys are known to fit.
 const char* format_key(const field& which, unsigned index, key_text& key) {
   if (!which.is_array()) {
     return which.name;

@@ -49,8 +49,8 @@ void on_timer(int) {
   timer_came = 1;
 }
 
-/// Handlers interrupt the wait for a request, and nothing else; a signal that just misses that wait is
-/// seen at the next tick.
+/// Handlers interrupt the wait for a request, and nothing else; a signal that just misses that wait
+/// is seen at the next tick.
 void handle(int signal, void (*handler)(int)) {
   struct sigaction action {};
   action.sa_handler = handler;

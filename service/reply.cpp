@@ -50,8 +50,9 @@ struct request {
   }
 };
 
-/// Whether the loader takes the entry's line for this very key and value. It refuses a one-character
-/// key without a value, which would cost the whole saved configuration at the next start.
+/// Whether the loader takes the entry's line for this very key and
+/// value. It refuses a one-character key without a value, which would
+/// cost the whole saved configuration at the next start.
 bool loads_back(const char* key, const char* value) {
   char line[line_buffer_bytes];
   static_assert(sizeof line > key_max + 1 + value_max + 1);
@@ -134,8 +135,8 @@ reply make_reply(const char* request_text, std::size_t length) {
     return answer;
   }
   std::memcpy(&header, request_text, length < sizeof header ? length : sizeof header);
-  // An asker waits under its process id plus the bias; anything lower would come back to the service
-  // as a request, or cannot be a message type at all.
+  // An asker waits under its process id plus the bias; anything lower would come back to the
+  // service as a request, or cannot be a message type at all.
   if (header.reply_mtype <= reply_type_bias) {
     return answer;
   }

@@ -1,9 +1,9 @@
 // One request into one reply: a pure function over the request's bytes and the store.
 //
 // No message is trusted. Offsets, lengths and terminators are checked against what really arrived,
-// names and values against the rules that clients keep, and what the loader could not read back from
-// the saved text never enters the store. Nothing here makes a system call: a flush or a reset is
-// handed back as an effect that the caller carries out before it sends the reply.
+// names and values against the rules that clients keep, and what the loader could not read back
+// from the saved text never enters the store. Nothing here makes a system call: a flush or a reset
+// is handed back as an effect that the caller carries out before it sends the reply.
 #ifndef PROREFLAX_SERVICE_REPLY_H
 #define PROREFLAX_SERVICE_REPLY_H
 

@@ -10,11 +10,11 @@
 //
 //  1. A reply is dropped when its asker has a newer request on the queue: it no longer waits for
 //     this one. Earlier replies to the same asker are removed before another is sent.
-//  2. A sweep, 10 ms after a reply and then ever less often while one is left, removes those of dead
-//     askers. A process id does not come round again in so short a time.
-//  3. Sending never blocks. On a full queue, a sweep clears what nobody waits for, and requests that
-//     wait are taken into memory; as the last resort every reply that was left goes, since the one
-//     asker that holds the lock is the one to be answered.
+//  2. A sweep, 10 ms after a reply and then ever less often while one is left, removes those of
+//     dead askers. A process id does not come round again in so short a time.
+//  3. Sending never blocks. On a full queue, a sweep clears what nobody waits for, and requests
+//     that wait are taken into memory; as the last resort every reply that was left goes, since the
+//     one asker that holds the lock is the one to be answered.
 //
 // Messages that are neither requests nor replies of this service go with every sweep, once a second
 // at the latest.

@@ -3,8 +3,8 @@
 // What holds at every moment, across power cuts and killed runs:
 // - a header is written only when its text, and the names of its slot and of the folders above, are
 //   on the flash;
-// - the other slot is given up only when the newest one is on the flash, header included: a run that
-//   was killed may have left a header that no power cut survives;
+// - the other slot is given up only when the newest one is on the flash, header included: a run
+//   that was killed may have left a header that no power cut survives;
 // - a slot whose save failed is emptied, so that a text reported as not saved is not found later.
 #include "tools/flash_slots.h"
 

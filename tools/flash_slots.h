@@ -1,9 +1,10 @@
-// The flash of a development machine: two files, slot0 and slot1, that hold the saved configuration.
+// The flash of a development machine: two files, slot0
+// and slot1, that hold the saved configuration.
 //
-// A save goes into the slot that is not the newest whole one, so that one whole slot stands at every
-// moment: the text is written and synced, then the names in the folder, and only then the header,
-// which makes the slot count. Cut the power anywhere: the next read finds the old text or the new
-// one, whole. A save that fails leaves the old text in force.
+// A save goes into the slot that is not the newest whole one, so that one whole slot stands at
+// every moment: the text is written and synced, then the names in the folder, and only then the
+// header, which makes the slot count. Cut the power anywhere: the next read finds the old text or
+// the new one, whole. A save that fails leaves the old text in force.
 //
 // Both operations hold a lock on the folder, and wait for a process that holds it. They need some
 // 40 KiB of stack, whatever the text's length, and no heap.
@@ -18,8 +19,8 @@ namespace proreflax {
 inline constexpr char flash_folder[] = "/var/lib/proreflax";
 inline constexpr const char* flash_slot_names[] = {"slot0", "slot1"};
 
-/// Saves the text of `file`, a regular file that is not empty, in the flash of the device whose root
-/// is the folder `device_root` ("" for "/"). The flash's folder is made where it is missing.
+/// Saves the text of `file`, a regular file that is not empty, in the flash of the device whose
+/// root is the folder `device_root` ("" for "/"). The flash's folder is made where it is missing.
 /// A text that is saved already is not written again: flash wears.
 /// False: the text saved before still is, and `why` says what is wrong.
 [[nodiscard]] bool write_flash(const char* device_root, const char* file, remark& why);

@@ -1,7 +1,7 @@
 // A file that appears under its name whole, or not at all.
 //
-// It is written under another name, the path and ".part", and renamed when all of it is on the disk.
-// A run that is killed may leave that other file behind; the next one removes it.
+// It is written under another name, the path and ".part", and renamed when all of it is on the
+// disk. A run that is killed may leave that other file behind; the next one removes it.
 #ifndef PROREFLAX_TOOLS_REPLACED_FILE_H
 #define PROREFLAX_TOOLS_REPLACED_FILE_H
 

@@ -1,11 +1,11 @@
 // The request message: one record that carries every request to the configuration-center service
 // and comes back, rewritten, as its reply.
 //
-// A record is a header and a payload: section name, key and value, packed without padding, each with
-// its NUL. The kernel sees a System V message: mtype is its type, and all behind mtype is its text.
-// The text is the same, byte for byte, on 32-bit and 64-bit platforms, so that programs of both
-// widths talk to one service; only what stands before it differs, since the platform's message type
-// is a long. capacity and used_len count the whole record, header included, and never travel.
+// A record is a header and a payload: section name, key and value, packed without padding, each
+// with its NUL. The kernel sees a System V message: mtype is its type, and all behind mtype is its
+// text. The text is the same, byte for byte, on 32-bit and 64-bit platforms, so that programs of
+// both widths talk to one service; only what stands before it differs, since the platform's message
+// type is a long. capacity and used_len count the whole record, header included, and never travel.
 //
 // Numbers are in the machine's own byte order: a queue never leaves its machine.
 #ifndef PROREFLAX_TRANSPORT_MESSAGE_H
@@ -77,8 +77,8 @@ struct free_memory {
 /// A record that is freed by the function that allocated it, on every path.
 using owned_msg = std::unique_ptr<cfc_msg, free_memory>;
 
-/// Allocates a zeroed record with room for `payload_bytes`; null when there is no memory. The size of
-/// the whole record is cut to 16 bits; a record that would thus lose its own header is refused.
+/// Allocates a zeroed record with room for `payload_bytes`; null when there is no memory. The size
+/// of the whole record is cut to 16 bits; a record that would thus lose its own header is refused.
 cfc_msg* cfc_msg_alloc(std::uint32_t payload_bytes);
 
 /// Sends the record over the queue that cfc_get_mutex() attached, and waits for the reply into the

@@ -1,9 +1,10 @@
-// The rules of section names, keys and values: what a client may send, and what the service accepts.
+// The rules of section names, keys and values: what a
+// client may send, and what the service accepts.
 //
-// The three validators walk a text once. What they return for a text that breaks a rule lies outside
-// the range that every caller accepts, so that null, empty, forbidden and too long all end alike. The
-// rules differ on purpose: '[' is refused only where it would begin a key (a saved line would read
-// as a section header), '=' and '*' only in keys.
+// The three validators walk a text once. What they return for a text that breaks a rule lies
+// outside the range that every caller accepts, so that null, empty, forbidden and too long all end
+// alike. The rules differ on purpose: '[' is refused only where it would begin a key (a saved line
+// would read as a section header), '=' and '*' only in keys.
 #ifndef PROREFLAX_TRANSPORT_NAMES_H
 #define PROREFLAX_TRANSPORT_NAMES_H
 
@@ -43,8 +44,8 @@ constexpr std::int32_t cfc_section_len(const char* text) {
   return text == nullptr ? 1 : length_without(text, is_line_break) + 1;
 }
 
-/// Length of a key with its NUL; 1 for null or a leading '[', 0 for a key that holds '=', '*', CR or
-/// LF.
+/// Length of a key with its NUL; 1 for null or a leading '[', 0 for a key that holds '=', '*', CR
+/// or LF.
 constexpr std::int32_t cfc_key_len(const char* text) {
   return text == nullptr || text[0] == '[' ? 1 : length_without(text, is_forbidden_in_key) + 1;
 }

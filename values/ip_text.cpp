@@ -1,4 +1,5 @@
-// IPv4 addresses as dotted quads: four decimal parts, single dots between them, nothing around them.
+// IPv4 addresses as dotted quads: four decimal parts,
+// single dots between them, nothing around them.
 #include <proreflax/config.h>
 
 #include <cstdint>

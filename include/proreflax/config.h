@@ -210,9 +210,9 @@ PROREFLAX_API PROREFLAX_CHECKED uint32_t __cfc_get_string(int locked, const char
  * @param count  points to the number of bytes wanted, at least 1; it is not changed
  * @return the codes above, and
  *         CFC_ERR_NO_ROOM       more than *count bytes are stored; out is untouched
- *         CFC_ERR_BAD_VALUE     the stored text is no hexadecimal text of whole bytes; out is zeroed
- *                               and holds what was decoded before the fault (a malformed reply
- *                               gives this code too, with out untouched)
+ *         CFC_ERR_BAD_VALUE     the stored text is no hexadecimal text of whole bytes; out is
+ *                               zeroed and holds what was decoded before the fault (a malformed
+ *                               reply gives this code too, with out untouched)
  *         CFC_ERR_BAD_ARGUMENT  also when out or count is null, or *count below 1 or above
  *                               1073741822
  */

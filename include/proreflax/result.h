@@ -8,13 +8,14 @@
  * Text         Texts are NUL-terminated bytes. They are neither trimmed nor converted.
  * Ownership    The caller supplies every output buffer and its size. Nothing that the library
  *              allocates is handed to a caller, except where store.h says so.
- * Null         A null pointer is refused with CFC_ERR_BAD_ARGUMENT unless a function says otherwise.
- * Byte order   Numbers are in the machine's own byte order; an IPv4 address is a 32-bit number whose
- *              most significant byte is the first dotted part.
- * Lock         One semaphore serialises all access to the configuration on the device. Every function
- *              states whether it takes the lock, needs it held, or never touches it. A name ending
- *              in _sem needs it held; one ending in _nosem takes and gives it back. The lock is not
- *              recursive: taking it twice in one thread waits for ever.
+ * Null         A null pointer is refused with CFC_ERR_BAD_ARGUMENT unless a function says
+ *              otherwise.
+ * Byte order   Numbers are in the machine's own byte order; an IPv4 address is a 32-bit number
+ *              whose most significant byte is the first dotted part.
+ * Lock         One semaphore serialises all access to the configuration on the device. Every
+ *              function states whether it takes the lock, needs it held, or never touches it. A
+ *              name ending in _sem needs it held; one ending in _nosem takes and gives it back. The
+ *              lock is not recursive: taking it twice in one thread waits for ever.
  * Threads      The library creates no threads. Its few process-wide variables are not guarded.
  */
 #ifndef PROREFLAX_RESULT_H
@@ -28,7 +29,7 @@
 /** Marks a result that must not be ignored. */
 #define PROREFLAX_CHECKED __attribute__((warn_unused_result))
 
-/** Every result code but CFC_ERR_NOT_AN_ADDRESS, which does not fit the range of a C enumeration. */
+/** Every result code but CFC_ERR_NOT_AN_ADDRESS, which does not fit a C enumeration. */
 enum cfc_result {
   CFC_OK = 0,                 /**< done */
   CFC_FAILED = 1,             /**< failure outside the store's protocol */

@@ -1,6 +1,6 @@
-/* The listed layout, held against what the compiler makes of the records. This file is only compiled,
- * as C and as C++, for 32-bit and for 64-bit targets: a record that is laid out otherwise is an array
- * of negative size. */
+/* The listed layout, held against what the compiler makes of the records. This file is only
+ * compiled, as C and as C++, for 32-bit and for 64-bit targets: a record that is laid out otherwise
+ * is an array of negative size. */
 #include <proreflax/sections.h>
 #include <stddef.h>
 

@@ -63,7 +63,8 @@ class MacAccessList : public testing::Test {
     }
   }
 
-  /// The requests since the last call: the whole list read `reads` times, then written `writes` times.
+  /// The requests since the last call: the whole list
+  /// read `reads` times, then written `writes` times.
   void expect_exchanges(int reads, int writes) {
     const std::vector<seen_request> requests = service.take_requests();
     ASSERT_EQ(requests.size(), slots * static_cast<std::size_t>(reads + writes));
@@ -84,7 +85,7 @@ class MacAccessList : public testing::Test {
 
 }  // namespace
 
-// ---- Adding --------------------------------------------------------------------------------------
+// ---- Adding -------------------------------------------------------------------------------------
 
 TEST_F(MacAccessList, an_all_zero_address_is_refused_with_1_before_the_list_is_read) {
   faults::reset();
@@ -210,7 +211,7 @@ TEST_F(MacAccessList, an_added_address_is_only_read) {
   EXPECT_EQ(mac, known);
 }
 
-// ---- Deleting ------------------------------------------------------------------------------------
+// ---- Deleting -----------------------------------------------------------------------------------
 
 TEST_F(MacAccessList, deleting_an_all_zero_address_gives_0_without_reading_the_list) {
   faults::reset();
@@ -278,7 +279,7 @@ TEST_F(MacAccessList, a_failed_writing_is_the_result_of_the_deletion) {
   EXPECT_EQ(service.lock_value(), 1);
 }
 
-// ---- Both ----------------------------------------------------------------------------------------
+// ---- Both ---------------------------------------------------------------------------------------
 
 TEST_F(MacAccessList, a_missing_slot_10_does_not_keep_the_list_from_being_read_and_edited) {
   holds_others_in_all();

@@ -58,7 +58,7 @@ std::vector<std::string> operator+(std::vector<std::string> keys,
 
 }  // namespace
 
-// ---- Panel and network ---------------------------------------------------------------------------
+// ---- Panel and network --------------------------------------------------------------------------
 
 TEST(SectionCaseWithoutLock, a_getter_gives_the_locks_code_and_leaves_every_byte) {
   auto record = untouched_record<lan_info>();
@@ -166,7 +166,7 @@ TEST_F(SectionCase, a_section_that_is_missing_gives_209) {
   EXPECT_EQ(service.take_keys(), std::vector<std::string>{"upnpd"});
 }
 
-// ---- Camera and wireless -------------------------------------------------------------------------
+// ---- Camera and wireless ------------------------------------------------------------------------
 
 TEST_F(SectionCase, the_two_cameras_agree_in_six_fields_and_differ_in_the_seventh) {
   service.holds("SNXCAM", "gamma", "7");
@@ -245,7 +245,7 @@ TEST_F(SectionCase, binary_fields_are_stored_last_byte_first) {
   EXPECT_EQ(std::memcmp(record.apmac, "\x11\x22\x33\x44\x55\x66", 6), 0);
 }
 
-// ---- Device, sensors and services ----------------------------------------------------------------
+// ---- Device, sensors and services ---------------------------------------------------------------
 
 TEST_F(SectionCase, the_sensors_are_202_requests_data_first_then_names) {
   holds_all_of("get_sensors_cfg");

@@ -14,7 +14,8 @@ namespace {
 
 constexpr int rounds = 10;
 
-/// A process that writes the record again and again; it ends with the number of writings that failed.
+/// A process that writes the record again and again; it
+/// ends with the number of writings that failed.
 pid_t start_writer(const accessor_pair& accessors, const guarded_record& record) {
   return start_child([&] {
     int failed = 0;

@@ -13,8 +13,8 @@
 #include "tests/support/request_queue.h"
 #include "tests/support/scripted_service.h"
 
-/// A value: the text that a setter writes, and the bytes that a getter writes (of a text, those up to
-/// its NUL; what stands behind it in the field is nobody's).
+/// A value: the text that a setter writes, and the bytes that a getter writes (of a text, those up
+/// to its NUL; what stands behind it in the field is nobody's).
 struct section_value {
   std::string text;
   bytes content;

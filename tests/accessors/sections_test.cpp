@@ -1,5 +1,5 @@
-// Every accessor against the listing: what it asks for and in which order, what it writes and where,
-// where it stops, and how it treats the lock. Each test goes over all sections.
+// Every accessor against the listing: what it asks for and in which order, what it writes and
+// where, where it stops, and how it treats the lock. Each test goes over all sections.
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -122,7 +122,7 @@ bool ends_array(const element& each) {
 
 }  // namespace
 
-// ---- Requests and values -------------------------------------------------------------------------
+// ---- Requests and values ------------------------------------------------------------------------
 
 TEST_F(Sections, a_getter_asks_for_every_key_in_order) {
   for_every_section([&](const section_trial& trial) {
@@ -179,7 +179,7 @@ TEST_F(Sections, what_is_set_is_what_is_got) {
   }
 }
 
-// ---- Kinds and capacities ------------------------------------------------------------------------
+// ---- Kinds and capacities -----------------------------------------------------------------------
 
 namespace {
 
@@ -281,7 +281,8 @@ TEST_F(Sections, a_getter_reads_each_field_as_its_kind_up_to_its_capacity) {
       guarded_record expected = trial.read_up_to(each.result == 0 ? trial.elements.size() : i);
       guarded_record record{trial.section};
       if (each.result == 0) {
-        // Only what stands behind a shorter text's NUL is left of the value that was expected there.
+        // Only what stands behind a shorter text's NUL is
+        // left of the value that was expected there.
         expected.put(tried, bytes(trial.elements[i].field->bytes, 0xA5));
       }
       if (each.content) {
@@ -308,7 +309,7 @@ TEST_F(Sections, a_text_of_200_characters_is_not_sent_and_ends_the_setter_with_2
   });
 }
 
-// ---- The stop rule -------------------------------------------------------------------------------
+// ---- The stop rule ------------------------------------------------------------------------------
 
 TEST_F(Sections, a_getter_stops_at_the_scalar_that_fails) {
   for_every_element(is_scalar, [&](const section_trial& trial, std::size_t i) {
@@ -335,7 +336,7 @@ TEST_F(Sections, a_setter_stops_at_the_scalar_that_fails_and_what_it_wrote_stand
   });
 }
 
-// ---- The array rule ------------------------------------------------------------------------------
+// ---- The array rule -----------------------------------------------------------------------------
 
 namespace {
 
@@ -402,7 +403,7 @@ TEST_F(Sections, a_setter_stops_behind_an_array_whose_last_element_fails) {
   });
 }
 
-// ---- The lock ------------------------------------------------------------------------------------
+// ---- The lock -----------------------------------------------------------------------------------
 
 namespace {
 
@@ -532,7 +533,7 @@ TEST(SectionsWithoutQueue, give_231_and_leave_record_and_lock_as_they_are) {
   EXPECT_EQ(faults::calls(faults::call::msgsnd), 0);
 }
 
-// ---- The shared library --------------------------------------------------------------------------
+// ---- The shared library -------------------------------------------------------------------------
 
 TEST(SectionsLibrary, exports_every_accessor) {
   void* library = dlopen(PROREFLAX_DEVICE_ROOT "/lib/proreflax.so.0", RTLD_NOW | RTLD_LOCAL);

@@ -1,5 +1,5 @@
-// The shared library as it was built, both the one that ships and the device's: what it exports, what
-// it needs, and what runs when it is loaded.
+// The shared library as it was built, both the one that ships and the device's: what it exports,
+// what it needs, and what runs when it is loaded.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

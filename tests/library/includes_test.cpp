@@ -16,8 +16,8 @@ namespace {
 const fs::path source = PROREFLAX_SOURCE_DIR;
 
 /// The folders whose headers a folder's files may include, besides its own and the public ones. The
-/// arrows point down: transport knows nothing of values, values nothing of accessors; the store, the
-/// wireless readers and the firmware writer know none of them. The programs share with the
+/// arrows point down: transport knows nothing of values, values nothing of accessors; the store,
+/// the wireless readers and the firmware writer know none of them. The programs share with the
 /// library what is told in one place: the request's record, the rules of names, the grammar of a
 /// saved line, the forms of value texts, the tables of the sections, the rules of an image.
 const std::map<std::string, std::set<std::string>> may_include = {

@@ -1,4 +1,4 @@
-/* Turns the list of record_layout.inc into rows. Included once by a C file and once by a C++ file. */
+/* Turns the list of record_layout.inc into rows. Included by a C file and by a C++ file. */
 #include <proreflax/config.h>
 #include <proreflax/store.h>
 #include <proreflax/wireless.h>

@@ -251,7 +251,8 @@ TEST_F(ConfigCenter, answers_the_next_asker_after_one_that_died_before_its_reply
 
 TEST_F(ConfigCenter, does_not_give_a_later_request_the_reply_of_an_earlier_one) {
   const service_process service;
-  // A process asks twice without waiting for the first reply, as one does whose wait was interrupted.
+  // A process asks twice without waiting for the first
+  // reply, as one does whose wait was interrupted.
   service.freeze();
   ASSERT_TRUE(send_raw(1, row(own_reply_type(), u32(10), u16(0), u16(4), u16(13), u16(0),
                               text("LAN"), text("ConnType"))));

@@ -54,7 +54,8 @@ enum class call {
   kinds
 };
 
-/// Makes the n-th call of a kind from now fail, once, with this errno. Forgets what was asked before.
+/// Makes the n-th call of a kind from now fail, once,
+/// with this errno. Forgets what was asked before.
 void fail(call kind, int nth, int error = EIO);
 
 /// Makes the n-th call, of whatever kind, end the process with _exit(exit_cut) once it is done: the

@@ -2,8 +2,8 @@
 //
 // Plays the calls that faults::note_effects() noted on a disk that keeps only what was synced, and
 // tells every state that it may come back with. Of what was not synced
-// - each write may be lost, kept, torn (only a front part of it arrived) or there as zeros (the size
-//   grew, the data never came), and they may have reached the disk in any order;
+// - each write may be lost, kept, torn (only a front part of it arrived) or there as zeros (the
+//   size grew, the data never came), and they may have reached the disk in any order;
 // - each name made, moved or removed in a folder may be lost or kept.
 // A sync of a file holds for its bytes, that of a folder for the names in it.
 #ifndef PROREFLAX_TESTS_SUPPORT_POWER_CUT_H

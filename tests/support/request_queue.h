@@ -1,5 +1,5 @@
-// The service's end of lock and queue, without a service: a test makes them, lays replies out before
-// a client asks, and takes the requests off afterwards.
+// The service's end of lock and queue, without a service: a test makes them, lays replies out
+// before a client asks, and takes the requests off afterwards.
 #ifndef PROREFLAX_TESTS_SUPPORT_REQUEST_QUEUE_H
 #define PROREFLAX_TESTS_SUPPORT_REQUEST_QUEUE_H
 

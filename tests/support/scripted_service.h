@@ -1,5 +1,5 @@
-// A service that does as a test told it: a thread on the other end of lock and queue, with the values
-// it holds, the keys it fails on, and a record of every request.
+// A service that does as a test told it: a thread on the other end of lock and queue, with the
+// values it holds, the keys it fails on, and a record of every request.
 //
 // It lives in the test's process but never goes through the fault injector, so that what is counted
 // there was done by the code under test. It answers forked children as well.

@@ -7,7 +7,8 @@
 #include <atomic>
 #include <csignal>
 
-/// While it lives, this process gets SIGALRM every so many microseconds, and counts them in `count`.
+/// While it lives, this process gets SIGALRM every so
+/// many microseconds, and counts them in `count`.
 class signal_storm {
  public:
   signal_storm(std::atomic<int>& count, suseconds_t every_microseconds) {

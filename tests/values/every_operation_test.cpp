@@ -1,6 +1,6 @@
 // What holds for every exported operation that talks to the service, typed or store-wide: one
-// exchange each, the lock rule, errors that pass through, outputs untouched, and the failure of every
-// call that can fail.
+// exchange each, the lock rule, errors that pass through, outputs untouched, and the failure of
+// every call that can fail.
 #include <gtest/gtest.h>
 #include <proreflax/config.h>
 
@@ -125,7 +125,8 @@ operations all_that_take_the_lock() {
   return every;
 }
 
-/// One run of an operation, with a reply on the queue beforehand and the lock held where it must be.
+/// One run of an operation, with a reply on the queue
+/// beforehand and the lock held where it must be.
 class run {
  public:
   explicit run(const operation& asked) : asked_{asked} {

@@ -1,8 +1,8 @@
-// Four steps, each for all lines before the next begins: screen what the rules alone can refuse; take
-// the lock; read the value that each line is about to replace; carry the lines out. Only the fourth
-// changes anything. When it fails, the lines that were carried out are undone from the last to the
-// first, each by writing again what its key held just before it, so that a key set twice runs through
-// its history backwards.
+// Four steps, each for all lines before the next begins: screen what the rules alone can refuse;
+// take the lock; read the value that each line is about to replace; carry the lines out. Only the
+// fourth changes anything. When it fails, the lines that were carried out are undone from the last
+// to the first, each by writing again what its key held just before it, so that a key set twice
+// runs through its history backwards.
 //
 // A signal that would end the program half-way waits until the batch is done or undone. SIGQUIT is
 // left alone: with a service that never answers it is the way out.

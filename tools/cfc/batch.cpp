@@ -102,8 +102,8 @@ void run_line_by_line(line_reader& lines, reporter& results) {
   }
 }
 
-/// The lines of a text that must be known as a whole. Far more than any configuration has is refused,
-/// before it fills the memory.
+/// The lines of a text that must be known as a whole. Far more than any configuration has is
+/// refused, before it fills the memory.
 std::vector<batch_line> read_all_lines(line_reader& lines, std::string& failure) {
   constexpr std::size_t most_lines = 50000;
   std::vector<batch_line> all;

@@ -1,10 +1,10 @@
 // batch: many requests from one text, one command a line.
 //
-// Without --all-or-nothing each line is carried out as soon as it is read, takes the lock for itself,
-// and a line that fails does not keep the next from being tried. With it the whole text is read and
-// screened first, the lock is held throughout, and when a line fails all that was set is put back in
-// reverse order. The protocol knows no delete: a key that the batch made cannot be taken away again,
-// and is named with the value that stays in it.
+// Without --all-or-nothing each line is carried out as soon as it is read, takes the lock for
+// itself, and a line that fails does not keep the next from being tried. With it the whole text is
+// read and screened first, the lock is held throughout, and when a line fails all that was set is
+// put back in reverse order. The protocol knows no delete: a key that the batch made cannot be
+// taken away again, and is named with the value that stays in it.
 #ifndef PROREFLAX_TOOLS_CFC_BATCH_H
 #define PROREFLAX_TOOLS_CFC_BATCH_H
 

@@ -1,9 +1,10 @@
 // check: says which line of an INI text breaks which rule of the loader, all of them.
 //
-// The loader stops at the first malformed line; here every line is judged, by the loader's own grammar
-// (store/ini_line.h) and with the loader's line buffer in mind: it reads at most 251 bytes at once, so
-// a longer line falls apart into pieces of which the first has no LF, and a NUL ends a line wherever
-// it stands. Each physical line gets its faults once, however many pieces it would fall into.
+// The loader stops at the first malformed line; here every line is judged, by the
+// loader's own grammar (store/ini_line.h) and with the loader's line buffer in mind:
+// it reads at most 251 bytes at once, so a longer line falls apart into pieces of
+// which the first has no LF, and a NUL ends a line wherever it stands. Each physical
+// line gets its faults once, however many pieces it would fall into.
 #ifndef PROREFLAX_TOOLS_CFC_CHECK_H
 #define PROREFLAX_TOOLS_CFC_CHECK_H
 

@@ -1,8 +1,9 @@
 // The only file that sees the command line library: it is slow to compile.
 //
-// One thing is done here that the library does not do. A value may begin with a dash, and is given in
-// scripts that do not look at it ("cfc set SENSOR Offset -5"): the word in VALUE's place is taken as it
-// is unless it is one of the verb's own options. Behind "--" every word is taken as it is.
+// One thing is done here that the library does not do. A value may begin with a
+// dash, and is given in scripts that do not look at it ("cfc set SENSOR Offset
+// -5"): the word in VALUE's place is taken as it is unless it is one of the
+// verb's own options. Behind "--" every word is taken as it is.
 #include "tools/cfc/command_line.h"
 
 #include <CLI/CLI.hpp>

@@ -1,7 +1,7 @@
 // The command line, read into the record of one command.
 //
-// A family of verbs adds its records to `any_command` here, its grammar to command_line.cpp, and a run()
-// of its own beside its records.
+// A family of verbs adds its records to `any_command` here, its grammar to command_line.cpp, and a
+// run() of its own beside its records.
 #ifndef PROREFLAX_TOOLS_CFC_COMMAND_LINE_H
 #define PROREFLAX_TOOLS_CFC_COMMAND_LINE_H
 
@@ -35,8 +35,8 @@ using any_command =
                  acl_command, time_command, wireless_command, firmware_info_command,
                  firmware_pack_command, firmware_write_command>;
 
-/// A command, or a text to print instead: the help that was asked for (status done), or what is wrong
-/// with the line.
+/// A command, or a text to print instead: the help that was asked for (status done), or what is
+/// wrong with the line.
 struct parsed_line {
   std::optional<any_command> command;
   exit_status status = exit_status::done;

@@ -1,6 +1,6 @@
-// Every section of the factory file is compared, and every known one: what the protocol cannot list,
-// keys that applications made in sections of their own, is not seen. Two texts of a known key that say
-// the same, such as "0" and "0x00000000", do not differ.
+// Every section of the factory file is compared, and every known one: what the protocol cannot
+// list, keys that applications made in sections of their own, is not seen. Two texts of a known key
+// that say the same, such as "0" and "0x00000000", do not differ.
 #include "tools/cfc/diff.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 // edit: a known section in an editor.
 //
 // The file holds a line a key, its value as `show` and `get --type` print it. Only lines that were
-// changed are set, all or nothing; a line that is taken out leaves its key as it is, since the protocol
-// knows no delete.
+// changed are set, all or nothing; a line that is taken out leaves its key as it is, since the
+// protocol knows no delete.
 #ifndef PROREFLAX_TOOLS_CFC_EDIT_H
 #define PROREFLAX_TOOLS_CFC_EDIT_H
 

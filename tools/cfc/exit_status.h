@@ -1,5 +1,5 @@
-// How cfc ends. A script tells an entry that is not there from one that is empty, and a request that
-// was refused from a command line that makes no sense.
+// How cfc ends. A script tells an entry that is not there from one that is empty, and a request
+// that was refused from a command line that makes no sense.
 #ifndef PROREFLAX_TOOLS_CFC_EXIT_STATUS_H
 #define PROREFLAX_TOOLS_CFC_EXIT_STATUS_H
 

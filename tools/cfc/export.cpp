@@ -1,5 +1,6 @@
-// Values stand in the text as the store keeps them, passwords too: what is exported is what comes back.
-// All sections are read before the first line is written, so that a failure leaves no half of a text.
+// Values stand in the text as the store keeps them, passwords too: what is
+// exported is what comes back. All sections are read before the first line
+// is written, so that a failure leaves no half of a text.
 #include "tools/cfc/export.h"
 
 #include <vector>

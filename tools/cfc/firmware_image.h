@@ -66,8 +66,8 @@ struct image_fault {
   std::string in_words() const;
 };
 
-/// The first thing that the device would refuse. `judge` is asked for each kernel and ramdisk that is
-/// reached, for the code of what the image alone does not tell.
+/// The first thing that the device would refuse. `judge` is asked for each kernel and ramdisk that
+/// is reached, for the code of what the image alone does not tell.
 std::optional<image_fault> first_fault(
     const image_view& image, const std::function<std::uint32_t(const image_view&)>& judge);
 

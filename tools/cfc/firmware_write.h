@@ -1,7 +1,8 @@
 // firmware write: an image to flash, with everything told before it happens.
 //
-// Three phases: the image is checked and the flash asked where it goes, so that what the device would
-// refuse is refused before anything is written; the library writes it; the flash is read back.
+// Three phases: the image is checked and the flash asked where it goes,
+// so that what the device would refuse is refused before anything is
+// written; the library writes it; the flash is read back.
 #ifndef PROREFLAX_TOOLS_CFC_FIRMWARE_WRITE_H
 #define PROREFLAX_TOOLS_CFC_FIRMWARE_WRITE_H
 

@@ -1,5 +1,5 @@
-// The text becomes the lines of a batch that sets one key each, and goes the batch's way: screened as a
-// whole, carried out under one lock, undone when a line fails.
+// The text becomes the lines of a batch that sets one key each, and goes the batch's way: screened
+// as a whole, carried out under one lock, undone when a line fails.
 #include "tools/cfc/import.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // What --json prints: one JSON object a line.
 //
-// JSON holds text in UTF-8, the store holds bytes. A value that is no UTF-8 is shown with U+FFFD for
-// what cannot be said, and its bytes stand beside it under "bytes", as hexadecimal digits.
+// JSON holds text in UTF-8, the store holds bytes. A value that is no UTF-8 is shown with U+FFFD
+// for what cannot be said, and its bytes stand beside it under "bytes", as hexadecimal digits.
 #ifndef PROREFLAX_TOOLS_CFC_JSON_TEXT_H
 #define PROREFLAX_TOOLS_CFC_JSON_TEXT_H
 

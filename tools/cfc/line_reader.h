@@ -1,8 +1,8 @@
 // The lines of a file or of standard input, one at a time and as they come, so that a program can
 // feed a pipe and read each result before it writes the next line.
 //
-// Bytes are taken as they are, NUL included. A line has a limit far above any that makes sense: what
-// is no text, such as /dev/zero, ends the reading instead of filling the memory.
+// Bytes are taken as they are, NUL included. A line has a limit far above any that makes sense:
+// what is no text, such as /dev/zero, ends the reading instead of filling the memory.
 #ifndef PROREFLAX_TOOLS_CFC_LINE_READER_H
 #define PROREFLAX_TOOLS_CFC_LINE_READER_H
 

@@ -1,7 +1,7 @@
 // Which rule a section name, a key or a value breaks, in words.
 //
-// What is refused is decided by transport/names.h, the rules that the library itself obeys; here they
-// only get their sentences, so that a refusal names the rule and not just a number.
+// What is refused is decided by transport/names.h, the rules that the library itself obeys; here
+// they only get their sentences, so that a refusal names the rule and not just a number.
 #ifndef PROREFLAX_TOOLS_CFC_NAME_RULES_H
 #define PROREFLAX_TOOLS_CFC_NAME_RULES_H
 

@@ -1,8 +1,8 @@
 // Where a command's lines go: results to standard output, all else to standard error.
 //
-// Each line is written at once and whole, so that a program at the other end of a pipe sees the result
-// of one batch line before it sends the next. A result that could not be written is remembered, and
-// costs the command its exit status.
+// Each line is written at once and whole, so that a program at the other end of a pipe sees the
+// result of one batch line before it sends the next. A result that could not be written is
+// remembered, and costs the command its exit status.
 #ifndef PROREFLAX_TOOLS_CFC_OUTPUT_H
 #define PROREFLAX_TOOLS_CFC_OUTPUT_H
 

@@ -22,8 +22,8 @@ struct sections_command {
   bool json = false;
 };
 
-/// The header and a line a field, in columns: field, value, kind. Two or more elements of an array in
-/// a row that are empty, or not there, share one line.
+/// The header and a line a field, in columns: field, value, kind. Two or more elements of an array
+/// in a row that are empty, or not there, share one line.
 std::vector<std::string> table_of(const section_values& values, bool secrets);
 
 exit_status run(const show_command& command, output& out);

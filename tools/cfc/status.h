@@ -2,8 +2,8 @@
 // much waits.
 //
 // It only looks: it never takes the lock and never sends, so it answers at once whatever state the
-// device is in. A service that was killed leaves lock and queue behind, but not its marker, which the
-// kernel lowers for it.
+// device is in. A service that was killed leaves lock and queue behind, but not its marker, which
+// the kernel lowers for it.
 #ifndef PROREFLAX_TOOLS_CFC_STATUS_H
 #define PROREFLAX_TOOLS_CFC_STATUS_H
 

@@ -1,4 +1,5 @@
-// Rows of text in columns, as a person reads them: two blanks between columns, numbers to the right.
+// Rows of text in columns, as a person reads them: two
+// blanks between columns, numbers to the right.
 #ifndef PROREFLAX_TOOLS_CFC_TEXT_TABLE_H
 #define PROREFLAX_TOOLS_CFC_TEXT_TABLE_H
 

@@ -67,8 +67,8 @@ std::uint32_t read_digits(const number_text& number, std::uint64_t& out) {
   return out <= std::numeric_limits<std::uint32_t>::max() ? CFC_OK : CFC_ERR_OVERFLOW;
 }
 
-/// The least number that a text may name, without its sign. Only a u32 takes negative numbers, as its
-/// two's complement: so the library reads them.
+/// The least number that a text may name, without its sign. Only a u32 takes negative numbers, as
+/// its two's complement: so the library reads them.
 template <typename Number>
 constexpr std::uint64_t least = 0;
 template <>

@@ -2,9 +2,9 @@
 //
 // What is typed by a person or a script is screened more strictly than what the library reads from
 // the store: a number that does not fit is refused, never wrapped. Numbers are shown in decimal,
-// addresses dotted, binary data as pairs of digits in the order of the bytes in memory ("00:0c:43").
-// The store's own form of binary data, "0x" and the last byte first, is not taken here: whether its
-// bytes are meant forwards or backwards could not be told from the text.
+// addresses dotted, binary data as pairs of digits in the order of the bytes in memory
+// ("00:0c:43"). The store's own form of binary data, "0x" and the last byte first, is not taken
+// here: whether its bytes are meant forwards or backwards could not be told from the text.
 #ifndef PROREFLAX_TOOLS_CFC_TYPED_VALUE_H
 #define PROREFLAX_TOOLS_CFC_TYPED_VALUE_H
 

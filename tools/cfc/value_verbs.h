@@ -62,7 +62,8 @@ std::string subject_of(const store_command& command);
 /// What the rules alone refuse, without asking the service.
 answer screen(const store_command& command);
 
-/// Screens, then asks, unless the service was killed: the library would wait for ever. `defaults` takes the lock itself and must not be carried out with it held.
+/// Screens, then asks, unless the service was killed: the library would wait for ever. `defaults`
+/// takes the lock itself and must not be carried out with it held.
 answer carry_out(const store_command& command, lock_flag lock);
 
 /// The command as a program's only one: the value goes to standard output, a failure to standard

@@ -1,7 +1,7 @@
 // wireless: what the wireless driver tells, as tables.
 //
-// The library's readers have one code for every failure. errno tells the two kinds apart: it says why
-// the driver's file cannot be read, and stays 0 when the file was read and its text is wrong.
+// The library's readers have one code for every failure. errno tells the two kinds apart: it says
+// why the driver's file cannot be read, and stays 0 when the file was read and its text is wrong.
 #ifndef PROREFLAX_TOOLS_CFC_WIRELESS_H
 #define PROREFLAX_TOOLS_CFC_WIRELESS_H
 

@@ -1,5 +1,5 @@
-// cfc against the real service, on the device's folder: what an integrator types, from the factory file
-// to flash and back.
+// cfc against the real service, on the device's folder: what an integrator types, from the factory
+// file to flash and back.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

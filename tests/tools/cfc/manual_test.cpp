@@ -1,5 +1,5 @@
-// The manual page names what the program knows: a verb, option or code that is added and not written
-// down goes red here.
+// The manual page names what the program knows: a verb, option or code that is added and not
+// written down goes red here.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -38,8 +38,8 @@ class started_program {
 
 ended run_cfc(std::vector<std::string> words, std::string_view input = {});
 
-/// Runs it with a terminal for standard input and standard error. What is typed waits there from the
-/// start; `err` is what the terminal shows, which is not what was typed.
+/// Runs it with a terminal for standard input and standard error. What is typed waits there from
+/// the start; `err` is what the terminal shows, which is not what was typed.
 ended run_cfc_on_terminal(std::vector<std::string> words, std::string_view typed = {});
 
 /// What the kernel calls a process: its program's name, or the emulator's that runs the program.

@@ -59,8 +59,8 @@ class CfcSections : public testing::Test {
     setenv("VISUAL", ("/bin/sh " + device_root::path("/var/editor").string()).c_str(), 1);
   }
 
-  /// The same on a terminal where an answer is typed. The editor makes a text that is refused, corrects
-  /// it when it is started again, and notes what it found each time.
+  /// The same on a terminal where an answer is typed. The editor makes a text that is refused,
+  /// corrects it when it is started again, and notes what it found each time.
   static ended edit_twice(const string& answer) {
     device_root::write("/var/seen", "");
     set_editor("cat \"$1\" >>" + device_root::path("/var/seen").string() +
