@@ -7,19 +7,14 @@ set -eu
 packages="proreflax proreflax-dev proreflax-tools"
 log=/srv/log
 PATH=/usr/sbin:/usr/bin:/sbin:/bin
+# shellcheck source=tests/support/expect.sh
+. "$(dirname "$0")/expect.sh"
 export DEBIAN_FRONTEND=noninteractive
 
 fail() {
   echo "$*"
   cat "$log" 2>/dev/null || true
   exit 1
-}
-
-expect() {
-  expected=$1
-  shift
-  actual=$("$@" 2>&1) || true
-  [ "$actual" = "$expected" ] || fail "$* prints \"$actual\", expected \"$expected\""
 }
 
 quiet() {
@@ -93,7 +88,7 @@ packaged() {
 }
 
 expect_no_service() {
-  ! grep -q '^ *138019598 ' /proc/sysvipc/msg || fail "a service runs: $1"
+  ! queue_is_there || fail "a service runs: $1"
 }
 
 # --- Under systemd ------------------------------------------------------------------------------

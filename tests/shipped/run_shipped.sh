@@ -15,10 +15,18 @@ programs=$2
 make_private_root bound
 bound "$(dirname "$programs")"
 cp "$programs/config-center" "$programs/writeflash" "$programs/cfc" "$root/sbin/"
+cp "$(dirname "$0")/../support/expect.sh" "$root/"
 printf '[LAN]\nConnType=0x00000001\nLanIPAddr=192.168.62.1\n' >"$root/etc/config-file.ini"
 
 chroot "$root" /bin/sh -eu -s <<'COMMANDS'
 PATH=/sbin:/usr/bin:/bin
+. /expect.sh
+service=
+trap '[ -z "$service" ] || kill "$service" 2>/dev/null || true' EXIT
+fail() {
+  echo "$*"
+  exit 1
+}
 start() {
   config-center --log-level warning >/dev/null &
   service=$!
@@ -26,18 +34,7 @@ start() {
     cfc status >/dev/null 2>&1 && return
     sleep 0.05
   done
-  echo "config-center did not start"
-  exit 1
-}
-expect() {
-  expected=$1
-  shift
-  actual=$("$@" 2>&1) || true
-  if [ "$actual" != "$expected" ]; then
-    echo "$*: \"$actual\", expected \"$expected\""
-    kill "$service"
-    exit 1
-  fi
+  fail "config-center did not start"
 }
 
 start
@@ -48,14 +45,14 @@ kill -KILL "$service"
 wait "$service" || true
 start
 expect 10.0.0.5 cfc get LAN LanIPAddr
-[ ! -e /sbin/config-file.tmp ] || { echo "the temporary file is left"; exit 1; }
+[ ! -e /sbin/config-file.tmp ] || fail "the temporary file is left"
 expect "" cfc defaults
 expect 192.168.62.1 cfc get LAN LanIPAddr
 kill "$service"
 wait "$service"
+service=
 if cfc status >/dev/null 2>&1; then
-  echo "lock or queue are left"
-  exit 1
+  fail "lock or queue are left"
 fi
 COMMANDS
 echo "the shipped library kept its configuration over a restart"

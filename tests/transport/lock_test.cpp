@@ -95,10 +95,15 @@ struct victim_state {
   std::atomic<bool> began = false;
 };
 
+/// Holds the lock for about as long as it takes to get and give it, so that one kill in some meets a
+/// holder.
 int take_and_give_for_ever(victim_state& state) {
   for (;;) {
     state.holds = cfc_get_mutex() == CFC_OK;
     if (state.holds) {
+      for (int i = 0; i < 5; ++i) {
+        sched_yield();
+      }
       state.holds = false;
       cfc_put_mutex();
       state.began = true;
