@@ -4,7 +4,6 @@
 #include <proreflax/sections.h>
 
 #include <fstream>
-#include <iterator>
 #include <ostream>
 #include <random>
 #include <string>
@@ -14,6 +13,7 @@
 #include "tests/accessors/listing.h"
 #include "tests/accessors/section_values.h"
 #include "tests/support/device_root.h"
+#include "tests/support/files.h"
 #include "tests/support/service_process.h"
 
 namespace {
@@ -82,9 +82,7 @@ class FactoryDevice : public testing::Test {
  protected:
   FactoryDevice() {
     device_root::clear();
-    std::ifstream file{factory_file};
-    const std::string text{std::istreambuf_iterator<char>{file}, {}};
-    device_root::write("/etc/config-file.ini", text);
+    device_root::write("/etc/config-file.ini", files::text_of(factory_file));
     device_root::install_flash_tool();
   }
   ~FactoryDevice() override { device_root::clear(); }

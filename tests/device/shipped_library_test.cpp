@@ -2,19 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
-#include <fstream>
-#include <iterator>
 #include <string>
+
+#include "tests/support/files.h"
 
 namespace {
 
-std::string contents_of(const char* path) {
-  std::ifstream file{path, std::ios::binary};
-  return {std::istreambuf_iterator<char>{file}, {}};
-}
-
 bool holds(const char* library, const std::string& text) {
-  return contents_of(library).find(text) != std::string::npos;
+  return files::text_of(library).find(text) != std::string::npos;
 }
 
 /// Whether a library asks the C library for a function.

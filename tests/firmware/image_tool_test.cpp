@@ -6,13 +6,13 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 #include "firmware/image_check.h"
 #include "firmware/image_header.h"
 #include "tests/firmware/driver_double.h"
 #include "tests/firmware/image_builder.h"
+#include "tests/support/files.h"
 
 using namespace proreflax;
 namespace fs = std::filesystem;
@@ -48,8 +48,8 @@ class ImageTool : public testing::Test {
     const std::string command =
         "SOURCE_DATE_EPOCH=1234567890 mkimage " + options + " " + out.string() + " >/dev/null 2>&1";
     EXPECT_EQ(std::system(command.c_str()), 0) << command;
-    std::ifstream stream{out, std::ios::binary};
-    return {std::istreambuf_iterator<char>{stream}, {}};
+    const std::string made = files::text_of(out);
+    return {made.begin(), made.end()};
   }
 
   flash device;

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tests/library/project_text.h"
+#include "tests/support/files.h"
 
 namespace {
 
@@ -43,7 +44,7 @@ names declared_exports() {
   for (const auto& header :
        std::filesystem::directory_iterator{PROREFLAX_SOURCE_DIR "/include/proreflax"}) {
     declared.merge(
-        set_of(matches(text_of(header.path()), R"(^PROREFLAX_API [^;(]*?(\w+)(?:\(|;))")));
+        set_of(matches(files::text_of(header.path()), R"(^PROREFLAX_API [^;(]*?(\w+)(?:\(|;))")));
   }
   return declared;
 }

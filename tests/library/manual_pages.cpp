@@ -9,6 +9,7 @@
 
 #include "accessors/section_list.h"
 #include "tests/library/project_text.h"
+#include "tests/support/files.h"
 
 namespace fs = std::filesystem;
 using std::string;
@@ -159,7 +160,7 @@ section_row row_of_the_page(const string& item) {
 std::map<string, declaration> declarations() {
   std::map<string, declaration> all;
   for (const auto& header : fs::directory_iterator{headers}) {
-    const string text = replaced(text_of(header.path()), R"(^ *#.*$)", "");
+    const string text = replaced(files::text_of(header.path()), R"(^ *#.*$)", "");
     for (const char* form :
          {R"(^PROREFLAX_API (?:PROREFLAX_CHECKED )?([^;]+);)", R"(^static inline ([^{;]+) \{)"}) {
       for (const string& found : matches(text, form)) {
@@ -172,7 +173,7 @@ std::map<string, declaration> declarations() {
 }
 
 manual_page page_called(const string& file) {
-  manual_page page{file, text_of(pages / file), {}, {}, {}};
+  manual_page page{file, files::text_of(pages / file), {}, {}, {}};
   page.names = matches(between(page.text, ".Sh NAME\n", ".Nd "), R"(^\.Nm (\w+))");
   page.synopsis = read_synopsis(between(page.text, ".Sh SYNOPSIS\n", "\n.Sh "));
   page.body = behind(page.text, ".Sh DESCRIPTION\n");
@@ -191,7 +192,7 @@ vector<manual_page> library_pages() {
 
 vector<section_row> sections_of_the_library() {
   vector<section_row> rows;
-  for (const string& part : parts_behind(" Section \"", text_of(headers / "sections.h"))) {
+  for (const string& part : parts_behind(" Section \"", files::text_of(headers / "sections.h"))) {
     rows.push_back(declared_row(part));
     count_exchanges(rows.back());
   }

@@ -15,6 +15,7 @@
 #include "store/ini_line.h"
 #include "tests/library/manual_pages.h"
 #include "tests/library/project_text.h"
+#include "tests/support/files.h"
 #include "tools/slot_format.h"
 
 using std::string;
@@ -50,7 +51,7 @@ std::set<string> names_described_by(const manual_page& page) {
 }
 
 std::map<string, string> result_codes() {
-  const string header = text_of(PROREFLAX_SOURCE_DIR "/include/proreflax/result.h");
+  const string header = files::text_of(PROREFLAX_SOURCE_DIR "/include/proreflax/result.h");
   std::map<string, string> codes = paired_matches(header, R"(^ +(CFC_\w+) = (\d+)\b)");
   codes.merge(paired_matches(header, R"(^#define (CFC_ERR_\w+) UINT32_C\((\w+)\))"));
   return codes;
@@ -61,7 +62,7 @@ std::set<string> words_of_the_headers() {
   std::set<string> words;
   for (const auto& header :
        std::filesystem::directory_iterator{PROREFLAX_SOURCE_DIR "/include/proreflax"}) {
-    for (const string& word : matches(text_of(header.path()), R"((\w+))")) {
+    for (const string& word : matches(files::text_of(header.path()), R"((\w+))")) {
       words.insert(word);
     }
   }
@@ -157,11 +158,11 @@ TEST(ManualPages, list_every_section_as_it_is) {
 
 TEST(ManualPages, tell_the_limits_of_the_code) {
   using namespace proreflax;
-  const string ini = text_of(PROREFLAX_SOURCE_DIR "/docs/man/proreflax_ini.5");
+  const string ini = files::text_of(PROREFLAX_SOURCE_DIR "/docs/man/proreflax_ini.5");
   EXPECT_THAT(ini, HasSubstr("\n.It Ar name Ta 1 to " + to_string(line_name_max) + " Ta"));
   EXPECT_THAT(ini, HasSubstr("\n.It Ar key Ta 1 to " + to_string(line_key_max) + " Ta"));
   EXPECT_THAT(ini, HasSubstr("\n.It Ar value Ta 0 to " + to_string(line_value_max) + " Ta"));
-  const string flash = text_of(PROREFLAX_SOURCE_DIR "/docs/man/proreflax_flash.5");
+  const string flash = files::text_of(PROREFLAX_SOURCE_DIR "/docs/man/proreflax_flash.5");
   EXPECT_THAT(flash, HasSubstr("bytes of text, 1 to " + to_string(longest_text_bytes) + "\n"));
   EXPECT_THAT(flash, HasSubstr("A header of " + to_string(slot_header_bytes) + " bytes"));
   const string wireless = page_called("proreflax_wireless.3").text;
@@ -181,7 +182,7 @@ TEST(ManualPages, show_programs_that_compile) {
 TEST(ManualPages, are_found_under_every_name) {
   for (const manual_page& page : library_pages()) {
     for (const declaration& each : page.synopsis) {
-      EXPECT_EQ(text_of(PROREFLAX_MAN_FOLDER "/man3/" + each.name + ".3"),
+      EXPECT_EQ(files::text_of(PROREFLAX_MAN_FOLDER "/man3/" + each.name + ".3"),
                 ".so man3/" + page.file + "\n");
     }
   }

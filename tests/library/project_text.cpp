@@ -1,8 +1,8 @@
 #include "tests/library/project_text.h"
 
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
+
+#include "tests/support/files.h"
 
 using std::string;
 using std::vector;
@@ -28,15 +28,6 @@ string between(const string& text, const string& from, const string& to) {
   return rest.substr(0, end);
 }
 
-string text_of(const string& path) {
-  std::ifstream file{path};
-  string text{std::istreambuf_iterator<char>{file}, {}};
-  if (text.empty()) {
-    throw std::runtime_error("nothing in " + path);
-  }
-  return text;
-}
-
 vector<string> matches(const string& text, const char* expression) {
   const std::regex pattern = multiline(expression);
   vector<string> found;
@@ -57,6 +48,6 @@ std::map<string, string> paired_matches(const string& text, const char* expressi
 
 std::set<string> listed_exports() {
   const vector<string> listed =
-      matches(between(text_of(PROREFLAX_EXPORTS), "global:", "local:"), R"(^\s*(\w+);$)");
+      matches(between(files::text_of(PROREFLAX_EXPORTS), "global:", "local:"), R"(^\s*(\w+);$)");
   return {listed.begin(), listed.end()};
 }

@@ -8,9 +8,6 @@
 #include <string>
 #include <vector>
 
-/// All text of a file; throws when there is none.
-std::string text_of(const std::string& path);
-
 /// An expression in which ^ and $ are the ends of a line.
 std::regex multiline(const char* expression);
 

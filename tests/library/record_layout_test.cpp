@@ -4,11 +4,11 @@
 
 #include <cstddef>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <regex>
 #include <set>
 #include <string>
+
+#include "tests/support/files.h"
 
 namespace fs = std::filesystem;
 
@@ -39,8 +39,7 @@ TEST(RecordLayout, is_looked_at_for_every_record_of_the_public_headers) {
     if (header.path().filename() == "sections.h") {
       continue;  // the sections' records have a listing of their own
     }
-    std::ifstream file{header.path()};
-    const std::string text{std::istreambuf_iterator<char>{file}, {}};
+    const std::string text = files::text_of(header.path());
     for (std::sregex_iterator each{text.begin(), text.end(), record_end}, end; each != end;
          ++each) {
       ++records;

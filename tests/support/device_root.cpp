@@ -1,8 +1,6 @@
 #include "tests/support/device_root.h"
 
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
+#include "tests/support/files.h"
 
 namespace fs = std::filesystem;
 
@@ -28,18 +26,11 @@ void clear() {
 }
 
 void write(std::string_view device_path, std::string_view text) {
-  std::ofstream file{path(device_path), std::ios::binary};
-  if (!file.write(text.data(), static_cast<std::streamsize>(text.size()))) {
-    throw std::runtime_error("cannot write " + path(device_path).string());
-  }
+  files::write(path(device_path), text);
 }
 
 std::optional<std::string> read(std::string_view device_path) {
-  std::ifstream file{path(device_path), std::ios::binary};
-  if (!file) {
-    return std::nullopt;
-  }
-  return std::string{std::istreambuf_iterator<char>{file}, {}};
+  return files::read(path(device_path));
 }
 
 bool exists(std::string_view device_path) {

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <numeric>
 #include <random>
+
+#include "tests/support/files.h"
 
 namespace fs = std::filesystem;
 
@@ -219,10 +219,7 @@ void add_trees(std::set<tree>& all, const disk& on, const std::map<std::string, 
 tree tree_below(const std::string& folder) {
   tree all{{folder, std::nullopt}};
   for (const auto& each : fs::recursive_directory_iterator{folder}) {
-    std::ifstream file{each.path(), std::ios::binary};
-    all[each.path()] = each.is_directory()
-                           ? std::nullopt
-                           : std::optional{std::string{std::istreambuf_iterator<char>{file}, {}}};
+    all[each.path()] = each.is_directory() ? std::nullopt : files::read(each.path());
   }
   return all;
 }

@@ -11,52 +11,18 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
 #include "tests/support/faults.h"
+#include "tests/support/files.h"
 #include "tools/flash_slots.h"
 #include "tools/slot_format.h"
 
-namespace files {
-
-inline void write(const std::string& path, std::string_view text) {
-  std::ofstream file{path, std::ios::binary};
-  if (!(file << text).flush()) {
-    throw std::runtime_error("cannot write " + path);
-  }
-}
-
-inline std::optional<std::string> read(const std::string& path) {
-  std::ifstream file{path, std::ios::binary};
-  if (!file) {
-    return std::nullopt;
-  }
-  return std::string{std::istreambuf_iterator<char>{file}, {}};
-}
-
-inline unsigned mode(const std::string& path) {
+inline unsigned mode_of(const std::string& path) {
   return static_cast<unsigned>(std::filesystem::status(path).permissions());
-}
-
-}  // namespace files
-
-/// The exit status of a child process that runs `work`, or minus the signal that ended it.
-template <typename Work>
-int exit_status_of(Work work) {
-  const pid_t child = fork();
-  if (child == 0) {
-    _exit(work());
-  }
-  int status = 0;
-  if (child == -1 || waitpid(child, &status, 0) != child) {
-    throw std::runtime_error("no child process");
-  }
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
 inline int open_descriptors() {

@@ -140,12 +140,12 @@ TEST_F(Flash, the_folder_and_the_files_are_their_owner_s_alone) {
   ASSERT_TRUE(save("text 2"));
   ASSERT_TRUE(read_into_output());
   umask(mask);
-  EXPECT_EQ(files::mode(root + "/var"), 0755U);
-  EXPECT_EQ(files::mode(root + "/var/lib"), 0755U);
-  EXPECT_EQ(files::mode(folder()), 0700U);
-  EXPECT_EQ(files::mode(slot(0)), 0600U);
-  EXPECT_EQ(files::mode(slot(1)), 0600U);
-  EXPECT_EQ(files::mode(output), 0600U);
+  EXPECT_EQ(mode_of(root + "/var"), 0755U);
+  EXPECT_EQ(mode_of(root + "/var/lib"), 0755U);
+  EXPECT_EQ(mode_of(folder()), 0700U);
+  EXPECT_EQ(mode_of(slot(0)), 0600U);
+  EXPECT_EQ(mode_of(slot(1)), 0600U);
+  EXPECT_EQ(mode_of(output), 0600U);
 }
 
 TEST_F(Flash, a_file_that_was_open_to_all_is_replaced_by_one_that_is_not) {
@@ -153,7 +153,7 @@ TEST_F(Flash, a_file_that_was_open_to_all_is_replaced_by_one_that_is_not) {
   fs::permissions(output, fs::perms::all);
   ASSERT_TRUE(save("text"));
   ASSERT_TRUE(read_into_output());
-  EXPECT_EQ(files::mode(output), 0600U);
+  EXPECT_EQ(mode_of(output), 0600U);
   EXPECT_EQ(files::read(output), "text");
 }
 

@@ -84,9 +84,9 @@ TEST_F(Writeflash, saves_and_reads_in_silence) {
   expect_silence(run({"-w", input}));
   expect_silence(run({"-r", output}));
   EXPECT_THAT(files::read(output), Optional(std::string{"[LAN]\n"}));
-  EXPECT_EQ(files::mode(output), 0600U);
-  EXPECT_EQ(files::mode(device_slot(0)), 0600U);
-  EXPECT_EQ(files::mode(fs::path{device_slot(0)}.parent_path()), 0700U);
+  EXPECT_EQ(mode_of(output), 0600U);
+  EXPECT_EQ(mode_of(device_slot(0)), 0600U);
+  EXPECT_EQ(mode_of(fs::path{device_slot(0)}.parent_path()), 0700U);
 }
 
 TEST_F(Writeflash, with_nothing_saved_a_read_exits_with_1) {

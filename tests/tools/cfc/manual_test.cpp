@@ -3,11 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <regex>
 #include <string>
 
+#include "tests/support/files.h"
 #include "tests/tools/cfc/run_program.h"
 
 using std::string;
@@ -16,8 +15,7 @@ using testing::HasSubstr;
 namespace {
 
 string manual() {
-  std::ifstream file{PROREFLAX_SOURCE_DIR "/docs/man/cfc.1"};
-  return {std::istreambuf_iterator<char>{file}, {}};
+  return files::text_of(PROREFLAX_SOURCE_DIR "/docs/man/cfc.1");
 }
 
 std::vector<string> found_in(const string& text, const char* pattern) {

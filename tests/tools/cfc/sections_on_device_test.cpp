@@ -5,12 +5,11 @@
 
 #include <algorithm>
 #include <csignal>
-#include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "tests/support/device_root.h"
+#include "tests/support/files.h"
 #include "tests/support/request_queue.h"
 #include "tests/support/service_process.h"
 #include "tests/tools/cfc/run_program.h"
@@ -27,8 +26,7 @@ using testing::StartsWith;
 namespace {
 
 string shipped_factory_text() {
-  std::ifstream file{PROREFLAX_SOURCE_DIR "/device/etc/config-file.ini"};
-  return {std::istreambuf_iterator<char>{file}, {}};
+  return files::text_of(PROREFLAX_SOURCE_DIR "/device/etc/config-file.ini");
 }
 
 class CfcSections : public testing::Test {
