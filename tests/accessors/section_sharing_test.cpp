@@ -7,8 +7,8 @@
 #include "tests/accessors/listed_accessors.h"
 #include "tests/accessors/listing.h"
 #include "tests/accessors/section_values.h"
+#include "tests/support/child.h"
 #include "tests/support/scripted_service.h"
-#include "tests/support/service_process.h"
 
 namespace {
 

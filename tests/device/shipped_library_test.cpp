@@ -36,7 +36,7 @@ TEST(ShippedLibrary, asks_the_driver_of_the_device_itself) {
 }
 
 TEST(ShippedLibrary, has_no_folder_of_the_build_tree_in_front_of_the_flash) {
-  const std::string shipped = contents_of(SHIPPED_LIBRARY);
+  const std::string shipped = files::text_of(SHIPPED_LIBRARY);
   const std::size_t path = shipped.find(std::string{"/dev/flash\0", 11});
   ASSERT_NE(path, std::string::npos);
   EXPECT_FALSE(std::isprint(static_cast<unsigned char>(shipped[path - 1])))

@@ -2,13 +2,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <stdexcept>
 #include <string>
 
+#include "tests/support/child.h"
 #include "tests/support/scripted_service.h"
 
 using testing::Contains;
@@ -41,15 +41,14 @@ class running {
       throw std::runtime_error("no pipe");
     }
     const std::string path = PROREFLAX_BINARY_DIR "/examples/" + name;
-    child_ = ::fork();
-    if (child_ == 0) {
+    child_ = start_child([&] {
       dup2(ends[1], STDOUT_FILENO);
       dup2(ends[1], STDERR_FILENO);
       close(ends[0]);
       close(ends[1]);
       execl(path.c_str(), name.c_str(), argument, nullptr);
-      _exit(127);
-    }
+      return 127;
+    });
     close(ends[1]);
     output_ = fdopen(ends[0], "r");
   }
@@ -74,10 +73,9 @@ class running {
   }
 
   int wait() {
-    int status = -1;
-    waitpid(child_, &status, 0);
+    const int status = wait_for_child(child_);
     child_ = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return status;
   }
 
  private:

@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/child.h"
 #include "tests/support/request_queue.h"
-#include "tests/support/service_process.h"
 #include "transport/ipc_keys.h"
 
 using namespace proreflax;
@@ -70,27 +70,15 @@ reply reply_to(pid_t asker, std::uint32_t result = 0) {
 
 /// The id of a process that has ended and was collected.
 pid_t dead_process() {
-  const pid_t child = start_child([] { return 0; });
-  wait_for_child(child);
-  return child;
+  const pid_t pid = start_child([] { return 0; });
+  wait_for_child(pid);
+  return pid;
 }
 
 /// A process that lives until the test ends, and never asks for its replies.
-class bystander {
- public:
-  bystander() : id_{start_child([] { return pause(); })} {}
-  ~bystander() {
-    kill(id_, SIGKILL);
-    wait_for_child(id_);
-  }
-  bystander(const bystander&) = delete;
-  bystander& operator=(const bystander&) = delete;
-
-  pid_t id() const { return id_; }
-
- private:
-  pid_t id_;
-};
+child bystander() {
+  return child{[] { return pause(); }};
+}
 
 class RequestChannel : public testing::Test {
  protected:
@@ -267,8 +255,8 @@ TEST_F(RequestChannel, drops_a_reply_whose_asker_has_asked_again) {
 
 TEST_F(RequestChannel, sends_a_reply_although_another_asker_waits) {
   open_channel();
-  const bystander other;
-  ASSERT_TRUE(put(1, request_of(other.id())));
+  const child other = bystander();
+  ASSERT_TRUE(put(1, request_of(other.pid())));
   EXPECT_TRUE(channel.send(reply_to(getpid())));
   EXPECT_NE(take(getpid() + 2), "");
 }
@@ -276,29 +264,29 @@ TEST_F(RequestChannel, sends_a_reply_although_another_asker_waits) {
 TEST_F(RequestChannel, a_sweep_removes_the_replies_of_dead_askers_alone) {
   open_channel();
   const pid_t dead = dead_process();
-  const bystander living;
+  const child living = bystander();
   ASSERT_TRUE(channel.send(reply_to(dead)));
-  ASSERT_TRUE(channel.send(reply_to(living.id())));
+  ASSERT_TRUE(channel.send(reply_to(living.pid())));
   ASSERT_EQ(waiting(), 2U);
   channel.sweep();
   EXPECT_EQ(waiting(), 1U);
   EXPECT_EQ(take(dead + 2), "");
-  EXPECT_NE(take(living.id() + 2), "");
+  EXPECT_NE(take(living.pid() + 2), "");
 }
 
 TEST_F(RequestChannel, a_sweep_beside_waiting_requests_keeps_the_replies_of_live_askers) {
   open_channel();
-  const bystander first;
-  const bystander second;
-  ASSERT_TRUE(channel.send(reply_to(first.id())));
-  ASSERT_TRUE(channel.send(reply_to(second.id())));
+  const child first = bystander();
+  const child second = bystander();
+  ASSERT_TRUE(channel.send(reply_to(first.pid())));
+  ASSERT_TRUE(channel.send(reply_to(second.pid())));
   for (int i = 0; i < 5; ++i) {
     ASSERT_TRUE(put(1, raw("request")));
   }
   channel.sweep();
   EXPECT_EQ(waiting(), 7U);
-  EXPECT_NE(take(first.id() + 2), "");
-  EXPECT_NE(take(second.id() + 2), "");
+  EXPECT_NE(take(first.pid() + 2), "");
+  EXPECT_NE(take(second.pid() + 2), "");
 }
 
 TEST_F(RequestChannel, a_sweep_removes_messages_that_are_nobodys) {
@@ -326,15 +314,15 @@ TEST_F(RequestChannel, is_swept_soon_after_a_reply_was_left) {
 
 TEST_F(RequestChannel, is_swept_ever_less_often_while_a_live_asker_leaves_its_reply) {
   open_channel();
-  const bystander stopped;
-  ASSERT_TRUE(channel.send(reply_to(stopped.id())));
+  const child stopped = bystander();
+  ASSERT_TRUE(channel.send(reply_to(stopped.pid())));
   itimerval timer{};
   for (const long expected_ms : {20, 40, 80, 160, 320, 640, 1000, 1000}) {
     channel.sweep();
     getitimer(ITIMER_REAL, &timer);
     EXPECT_EQ(timer.it_interval.tv_sec * 1000 + timer.it_interval.tv_usec / 1000, expected_ms);
   }
-  EXPECT_NE(take(stopped.id() + 2), "");
+  EXPECT_NE(take(stopped.pid() + 2), "");
 }
 
 TEST_F(RequestChannel, sends_a_reply_though_the_queue_is_full_of_junk) {
@@ -347,9 +335,9 @@ TEST_F(RequestChannel, sends_a_reply_though_the_queue_is_full_of_junk) {
 
 TEST_F(RequestChannel, sends_a_reply_though_the_queue_is_full_of_requests_and_loses_none) {
   open_channel();
-  const bystander other;
+  const child other = bystander();
   int sent = 0;
-  for (bytes request = request_of(other.id());; ++sent) {
+  for (bytes request = request_of(other.pid());; ++sent) {
     request.resize(2048);
     request[1000] = static_cast<std::uint8_t>(sent);
     if (!put(1, request)) {
@@ -370,12 +358,12 @@ TEST_F(RequestChannel, sends_a_reply_though_the_queue_is_full_of_requests_and_lo
 
 TEST_F(RequestChannel, sends_a_reply_though_live_askers_leave_theirs_until_the_queue_is_full) {
   open_channel();
-  const bystander careless;
-  while (put(careless.id() + 2, bytes(256, 'r'))) {
+  const child careless = bystander();
+  while (put(careless.pid() + 2, bytes(256, 'r'))) {
   }
   // As if the service had sent them: it remembers the type.
-  ASSERT_TRUE(channel.send(reply_to(careless.id())));
-  while (put(careless.id() + 2, bytes(16, 'r'))) {
+  ASSERT_TRUE(channel.send(reply_to(careless.pid())));
+  while (put(careless.pid() + 2, bytes(16, 'r'))) {
   }
   EXPECT_TRUE(channel.send(reply_to(getpid())));
   EXPECT_NE(take(getpid() + 2), "");

@@ -15,6 +15,7 @@
 #include <string>
 
 #include "tests/store/unnamed_file.h"
+#include "tests/support/child.h"
 #include "tests/support/device_root.h"
 #include "tests/support/faults.h"
 
@@ -41,11 +42,7 @@ bool has_no_child() {
 }
 
 pid_t start_child_that_exits_with(int status) {
-  const pid_t child = fork();
-  if (child == 0) {
-    _exit(status);
-  }
-  return child;
+  return start_child([status] { return status; });
 }
 
 class ChildProcess : public testing::Test {
@@ -137,18 +134,14 @@ TEST_F(FlashTool, a_fork_that_fails_gives_218_for_write_and_219_for_read_and_wai
   faults::fail(call::fork, 1, EAGAIN);
   EXPECT_EQ(config_run_writeflash(reading, unused_file), 219U);
   faults::reset();
-  int status = 0;
-  EXPECT_EQ(waitpid(other, &status, 0), other);
-  EXPECT_EQ(WEXITSTATUS(status), 5);
+  EXPECT_EQ(wait_for_child(other), 5);
 }
 
 TEST_F(FlashTool, waits_for_its_own_child_and_no_other) {
   device_root::install_flash_script("exit 0");
   const pid_t other = start_child_that_exits_with(5);
   EXPECT_EQ(config_run_writeflash(writing, unused_file), 0U);
-  int status = 0;
-  EXPECT_EQ(waitpid(other, &status, 0), other);
-  EXPECT_EQ(WEXITSTATUS(status), 5);
+  EXPECT_EQ(wait_for_child(other), 5);
 }
 
 TEST_F(FlashTool, a_wait_that_a_signal_interrupts_is_taken_up_again) {
@@ -258,9 +251,7 @@ TEST_F(Compressor, waits_for_its_own_child_and_no_other) {
   install_script_as_multi_call_binary("exit 0");
   const pid_t other = start_child_that_exits_with(5);
   EXPECT_EQ(config_run_gzip(packing, unused_file), 0U);
-  int status = 0;
-  EXPECT_EQ(waitpid(other, &status, 0), other);
-  EXPECT_EQ(WEXITSTATUS(status), 5);
+  EXPECT_EQ(wait_for_child(other), 5);
 }
 
 TEST_F(Compressor, a_wait_that_a_signal_interrupts_is_taken_up_again) {

@@ -6,9 +6,9 @@
 #include <string>
 
 #include "tests/store/loaded_store.h"
+#include "tests/support/child.h"
 #include "tests/support/device_root.h"
 #include "tests/support/faults.h"
-#include "tests/support/service_process.h"
 
 namespace {
 

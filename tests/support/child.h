@@ -26,31 +26,47 @@ bool eventually(Condition condition) {
   return false;
 }
 
-/// A child process. It ends with the function's int as exit status, and is killed with its object.
+/// Runs `work` in a child process, which ends with its int as exit status and without the parent's
+/// clean-up. Throws when there is none: nobody may be left to send signals to process -1.
+template <typename Work>
+pid_t start_child(Work work) {
+  const pid_t pid = fork();
+  if (pid == 0) {
+    _exit(work());
+  }
+  if (pid == -1) {
+    throw std::runtime_error("no child process");
+  }
+  return pid;
+}
+
+/// A child's exit status, or minus the signal that ended it. Throws when there is no such child.
+inline int wait_for_child(pid_t pid) {
+  int status = 0;
+  while (waitpid(pid, &status, 0) == -1) {
+    if (errno != EINTR) {
+      throw std::runtime_error("no such child process");
+    }
+  }
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+/// A child process that is killed with its object.
 class child {
  public:
   template <typename Work>
-  explicit child(Work work) : pid_{fork()} {
-    if (pid_ == 0) {
-      _exit(work());
-    }
-    if (pid_ == -1) {
-      throw std::runtime_error("no child process");
-    }
-  }
+  explicit child(Work work) : pid_{start_child(work)} {}
   ~child() { kill_and_wait(); }
   child(const child&) = delete;
   child& operator=(const child&) = delete;
 
   pid_t pid() const { return pid_; }
 
-  /// The exit status, or minus the signal that ended the child.
+  /// As wait_for_child().
   int wait() {
-    int status = 0;
-    while (waitpid(pid_, &status, 0) == -1 && errno == EINTR) {
-    }
+    const int status = wait_for_child(pid_);
     pid_ = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    return status;
   }
 
   void kill_and_wait() {

@@ -21,12 +21,6 @@ bytes number_bytes(Number number) {
   return all;
 }
 
-/// What msgsnd and msgrcv move: the type, then the text.
-struct message_buffer {
-  long type;
-  char text[8192];
-};
-
 }  // namespace
 
 bytes u16(std::uint16_t number) {

@@ -35,6 +35,12 @@ struct message {
   bytes text;
 };
 
+/// What msgsnd and msgrcv move: the type, then the text.
+struct message_buffer {
+  long type;
+  std::uint8_t text[8192];
+};
+
 class request_queue {
  public:
   /// Makes the semaphore (value 1) and the queue under the fixed keys.

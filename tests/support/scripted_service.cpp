@@ -24,11 +24,6 @@ constexpr long stop_type = 2;  // no asker's reply type: a process id is at leas
 
 constexpr std::size_t header_bytes = 16;
 
-struct message_buffer {
-  long type;
-  std::uint8_t text[8192];
-};
-
 template <typename Number>
 Number number_at(const bytes& text, std::size_t offset) {
   Number number{};

@@ -4,18 +4,13 @@
 #include <sys/sem.h>
 #include <sys/wait.h>
 
-#include <cerrno>
 #include <fstream>
-#include <iterator>
 
 #include "tests/support/device_root.h"
+#include "tests/support/files.h"
 #include "transport/ipc_keys.h"
 
 namespace {
-
-int status_of(int wait_status) {
-  return WIFEXITED(wait_status) ? WEXITSTATUS(wait_status) : 1000 + WTERMSIG(wait_status);
-}
 
 int present_lock() {
   return semget(proreflax::CFC_SEM_KEY, 0, 0);
@@ -31,9 +26,7 @@ bool lock_is_free(int left_over) {
 
 /// The third word of /proc/ID/stat, behind the program's name: T for a stopped process.
 bool stands_still(pid_t id) {
-  std::ifstream file{"/proc/" + std::to_string(id) + "/stat"};
-  const std::string all{std::istreambuf_iterator<char>{file}, {}};
-  return all.find(") T ") != std::string::npos;
+  return files::text_of("/proc/" + std::to_string(id) + "/stat").find(") T ") != std::string::npos;
 }
 
 }  // namespace
@@ -47,8 +40,7 @@ service_process::service_process(const std::vector<std::string>& options, void (
   }
   arguments.push_back(nullptr);
   const int left_over = present_lock();
-  id_ = fork();
-  if (id_ == 0) {
+  id_ = start_child([&] {
     const int log = open(log_path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     dup2(log, STDERR_FILENO);
     dup2(log, STDOUT_FILENO);
@@ -56,8 +48,8 @@ service_process::service_process(const std::vector<std::string>& options, void (
       before_exec();
     }
     execv(program.c_str(), arguments.data());
-    _exit(127);
-  }
+    return 127;
+  });
   eventually([&] { return !runs() || lock_is_free(left_over); });
 }
 
@@ -96,8 +88,7 @@ int service_process::status() {
 }
 
 std::string service_process::log() const {
-  std::ifstream file{log_path_};
-  return {std::istreambuf_iterator<char>{file}, {}};
+  return files::read(log_path_).value_or("");
 }
 
 long service_process::resident_kib() const {
@@ -108,11 +99,4 @@ long service_process::resident_kib() const {
     }
   }
   return -1;
-}
-
-int wait_for_child(pid_t child) {
-  int status = 0;
-  while (waitpid(child, &status, 0) == -1 && errno == EINTR) {
-  }
-  return status_of(status);
 }

@@ -3,11 +3,12 @@
 #define PROREFLAX_TESTS_SUPPORT_SERVICE_PROCESS_H
 
 #include <sys/types.h>
-#include <unistd.h>
 
 #include <csignal>
 #include <string>
 #include <vector>
+
+#include "tests/support/child.h"
 
 class service_process {
  public:
@@ -22,7 +23,7 @@ class service_process {
   bool runs() const;
   pid_t id() const { return id_; }
 
-  /// Sends a signal and waits for the end: the exit status, or 1000 and the signal that killed it.
+  /// Sends a signal and waits for the end: the exit status, or minus the signal that ended it.
   int end(int signal = SIGTERM);
 
   /// Waits for the end of a service that ends by itself.
@@ -44,30 +45,5 @@ class service_process {
   bool ended_ = false;
   int status_ = 0;
 };
-
-/// Runs `work` in a child process, which ends with its result and without the parent's clean-up.
-template <typename Work>
-pid_t start_child(Work work) {
-  const pid_t child = fork();
-  if (child == 0) {
-    _exit(work());
-  }
-  return child;
-}
-
-/// A child's exit status, or 1000 and the signal that killed it.
-int wait_for_child(pid_t child);
-
-/// Polls until `holds()` does, for at most five seconds.
-template <typename Condition>
-bool eventually(Condition holds) {
-  for (int i = 0; i < 1000; ++i) {
-    if (holds()) {
-      return true;
-    }
-    usleep(5000);
-  }
-  return holds();
-}
 
 #endif

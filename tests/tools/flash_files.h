@@ -5,7 +5,6 @@
 
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -16,6 +15,7 @@
 #include <string>
 #include <string_view>
 
+#include "tests/support/child.h"
 #include "tests/support/faults.h"
 #include "tests/support/files.h"
 #include "tools/flash_slots.h"

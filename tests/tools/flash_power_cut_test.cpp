@@ -109,10 +109,10 @@ TEST_P(FlashRoad, a_save_killed_after_any_call_leaves_the_old_text_or_the_new_on
   while (ended == faults::exit_cut) {
     ++calls;
     start_again();
-    ended = exit_status_of([&] {
+    ended = wait_for_child(start_child([&] {
       faults::cut_after(calls);
       return save_input() ? 0 : 1;
-    });
+    }));
     EXPECT_THAT(saved(), AnyOf(old(), Optional(text()))) << "cut after call " << calls;
     EXPECT_TRUE(why.text()[0] == '\0' || !old()) << why.text();
     EXPECT_TRUE(save("afterwards")) << why.text();
@@ -128,10 +128,10 @@ TEST_P(FlashReadRoad, a_read_killed_after_any_call_leaves_no_half_file) {
   while (ended == faults::exit_cut) {
     ++calls;
     start_again();
-    ended = exit_status_of([&] {
+    ended = wait_for_child(start_child([&] {
       faults::cut_after(calls);
       return read_into_output() ? 0 : 1;
-    });
+    }));
     EXPECT_THAT(files::read(output), AnyOf(Optional(std::string{"was there"}), old()));
     EXPECT_EQ(saved(), old());
   }

@@ -389,12 +389,12 @@ TEST_F(Flash, something_else_in_the_place_of_a_slot_gives_the_other) {
 TEST_F(Flash, a_socket_in_the_place_of_a_slot_gives_the_other) {
   ASSERT_TRUE(save("old"));
   // The path of a socket is short: it is bound from within its folder.
-  const int bound = exit_status_of([&] {
+  const int bound = wait_for_child(start_child([&] {
     fs::current_path(folder());
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = "slot1"};
     const int made = socket(AF_UNIX, SOCK_STREAM, 0);
     return bind(made, reinterpret_cast<const sockaddr*>(&address), sizeof address);
-  });
+  }));
   ASSERT_EQ(bound, 0);
   EXPECT_THAT(saved(), Optional(std::string{"old"}));
 }
@@ -506,8 +506,7 @@ TEST_F(Flash, saves_at_once_exclude_each_other) {
   ASSERT_TRUE(save("first"));
   pid_t all[processes];
   for (int i = 0; i < processes; ++i) {
-    all[i] = fork();
-    if (all[i] == 0) {
+    all[i] = start_child([&] {
       bool good = true;
       input += std::to_string(i);
       output += std::to_string(i);
@@ -516,13 +515,11 @@ TEST_F(Flash, saves_at_once_exclude_each_other) {
                save(std::to_string(i) + " saves " + std::string(9000, 'x') + std::to_string(n));
         good = good && saved().has_value() && why.text()[0] == '\0';
       }
-      _exit(good ? 0 : 1);
-    }
+      return good ? 0 : 1;
+    });
   }
   for (const pid_t each : all) {
-    int status = -1;
-    ASSERT_EQ(waitpid(each, &status, 0), each);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(wait_for_child(each), 0);
   }
   // No save was lost or made twice: each took the number behind the newest.
   EXPECT_EQ(std::max(sequence(0), sequence(1)), 1U + processes * saves);

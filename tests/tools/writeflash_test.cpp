@@ -6,6 +6,7 @@
 #include <sys/prctl.h>
 
 #include <cstdlib>
+#include <fstream>
 
 #include "tests/support/device_root.h"
 #include "tests/tools/flash_files.h"
@@ -45,12 +46,12 @@ class Writeflash : public testing::Test, protected flash_files {
     row.push_back(nullptr);
     const std::string err_path = top + "/err";
     outcome result;
-    result.status = exit_status_of([&] {
+    result.status = wait_for_child(start_child([&] {
       dup2(::open(out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
       dup2(::open(err_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
       execv(program.c_str(), row.data());
       return 127;
-    });
+    }));
     result.err = files::read(err_path).value_or("");
     return result;
   }
@@ -175,13 +176,13 @@ TEST_F(Writeflash, help_that_cannot_be_printed_exits_with_1) {
 TEST_F(Writeflash, a_message_never_lands_in_a_slot_when_standard_error_is_closed) {
   files::write(input, "text");
   const std::string program = PROREFLAX_DEVICE_ROOT "/programs/writeflash";
-  const int status = exit_status_of([&] {
+  const int status = wait_for_child(start_child([&] {
     for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
       ::close(standard);
     }
     execl(program.c_str(), "writeflash", "-w", input.c_str(), nullptr);
     return 127;
-  });
+  }));
   EXPECT_EQ(status, 0);
   EXPECT_THAT(files::read(device_slot(0)), Optional(slot_bytes("text", 1)));
 }
@@ -226,7 +227,7 @@ bool mount_small_disk(const std::string& folder) {
 }  // namespace
 
 TEST_F(Writeflash, on_a_full_disk_a_save_is_refused_and_loses_nothing) {
-  const int status = exit_status_of([&] {
+  const int status = wait_for_child(start_child([&] {
     if (!mount_small_disk(device_root::path("/var"))) {
       return not_to_be_had;
     }
@@ -245,7 +246,7 @@ TEST_F(Writeflash, on_a_full_disk_a_save_is_refused_and_loses_nothing) {
     expect_silence(run({"-r", output}));
     EXPECT_EQ(files::read(output), "small enough");
     return HasFailure() ? wrong : right;
-  });
+  }));
   if (status == not_to_be_had) {
     GTEST_SKIP() << "No disk can be mounted here.";
   }
@@ -257,7 +258,7 @@ TEST_F(Writeflash, on_a_full_disk_a_read_is_refused_and_leaves_no_half_file) {
   expect_silence(run({"-w", input}));
   const std::string small = top + "/small";
   fs::create_directory(small);
-  const int status = exit_status_of([&] {
+  const int status = wait_for_child(start_child([&] {
     if (!mount_small_disk(small)) {
       return not_to_be_had;
     }
@@ -267,7 +268,7 @@ TEST_F(Writeflash, on_a_full_disk_a_read_is_refused_and_leaves_no_half_file) {
     EXPECT_EQ(files::read(output), "was there");
     EXPECT_FALSE(fs::exists(output + ".part"));
     return HasFailure() ? wrong : right;
-  });
+  }));
   if (status == not_to_be_had) {
     GTEST_SKIP() << "No disk can be mounted here.";
   }
@@ -293,7 +294,7 @@ TEST_F(Writeflash, without_the_right_to_folder_or_slot_exits_with_1) {
   expect_silence(run({"-w", input}));
   files::write(input, "next");
   const std::string folder = fs::path{device_slot(0)}.parent_path();
-  const int status = exit_status_of([&] {
+  const int status = wait_for_child(start_child([&] {
     if (!obey_permissions()) {
       return not_to_be_had;
     }
@@ -306,7 +307,7 @@ TEST_F(Writeflash, without_the_right_to_folder_or_slot_exits_with_1) {
       expect_failure(run({option, input}), folder + ": Permission denied");
     }
     return HasFailure() ? wrong : right;
-  });
+  }));
   fs::permissions(folder, fs::perms::owner_all);
   if (status == not_to_be_had) {
     GTEST_SKIP() << "Root cannot give up its rights here.";

@@ -4,7 +4,6 @@
 #include <pty.h>
 #include <spawn.h>
 #include <sys/mman.h>
-#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -13,6 +12,8 @@
 #include <cstring>
 #include <fstream>
 #include <stdexcept>
+
+#include "tests/support/child.h"
 
 namespace {
 
@@ -64,12 +65,6 @@ pid_t start(const std::string& path, std::vector<std::string> words, int in, int
     throw std::runtime_error("cannot start " + path + ": " + std::strerror(error));
   }
   return child;
-}
-
-int wait_for_end(pid_t child) {
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
 /// Neither echoes what is typed nor changes what is shown.
@@ -135,7 +130,7 @@ started_program::started_program(const std::string& path, std::vector<std::strin
 started_program::~started_program() {
   if (pid_ != -1) {
     send(SIGKILL);
-    waitpid(pid_, nullptr, 0);
+    wait_for_child(pid_);
   }
   close(out_);
   close(err_);
@@ -149,7 +144,7 @@ void started_program::send(int signal) const {
 }
 
 ended started_program::wait() {
-  const int status = wait_for_end(pid_);
+  const int status = wait_for_child(pid_);
   pid_ = -1;  // not before: until then another thread may want to signal the program
   return {status, content_of(out_), content_of(err_)};
 }
@@ -164,7 +159,7 @@ ended run_cfc_on_terminal(std::vector<std::string> words, std::string_view typed
   const pid_t cfc =
       start("cfc", std::move(words), terminal.programs_end(), out, terminal.programs_end());
   const std::string shown = terminal.shown();
-  ended run{wait_for_end(cfc), content_of(out), shown};
+  ended run{wait_for_child(cfc), content_of(out), shown};
   close(out);
   return run;
 }
