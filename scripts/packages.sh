@@ -16,6 +16,7 @@ ci_packages="$all_packages clang-format clang-tidy libbenchmark-dev zlib1g-dev"
 need_packages() {
   missing=
   for package in "$@"; do
+    case " $missing " in *" $package "*) continue ;; esac
     dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
       missing="$missing $package"
   done
