@@ -1,5 +1,5 @@
 // The manual pages and what they describe: headers, result codes, section tables, limits. Whatever
-// is added or changed in one place alone goes red here.
+// is added or changed in one place alone goes red here. And the first program of the README.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <proreflax/wireless.h>
@@ -67,6 +67,15 @@ std::set<string> words_of_the_headers() {
     }
   }
   return words;
+}
+
+/// The lines of a text that are indented by four blanks, as one text without these.
+string indented_lines(const string& text) {
+  string all;
+  for (const string& each : matches(text, R"(^    (.*)$)")) {
+    all += each + '\n';
+  }
+  return all;
 }
 
 /// Whether the C compiler takes a text for C99, without a warning.
@@ -186,4 +195,12 @@ TEST(ManualPages, are_found_under_every_name) {
                 ".so man3/" + page.file + "\n");
     }
   }
+}
+
+TEST(Readme, shows_a_first_program_that_compiles) {
+  const string readme = files::text_of(PROREFLAX_SOURCE_DIR "/README.md");
+  const string program = indented_lines(between(readme, "## A first program\n", "\n## "));
+  EXPECT_THAT(program, HasSubstr("int main(void)"));
+  EXPECT_LE(std::ranges::count(program, '\n'), 20);
+  EXPECT_TRUE(compiles(program)) << program;
 }
