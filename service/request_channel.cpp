@@ -251,7 +251,14 @@ void request_channel::sweep(keep kept) {
     }
   }
   for (std::size_t i = 0; i < count; ++i) {
-    msgsnd(queue_, &held[i].message, held[i].length, IPC_NOWAIT);
+    const auto put_back = [&] {
+      return msgsnd(queue_, &held[i].message, held[i].length, IPC_NOWAIT) == 0;
+    };
+    if (!put_back() && errno == EAGAIN) {
+      // Requests came into its room meanwhile.
+      take_waiting_requests();
+      put_back();
+    }
   }
   unclaimed_ = left;
 }

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "tests/support/child.h"
+#include "tests/support/faults.h"
 #include "tests/support/request_queue.h"
 #include "transport/ipc_keys.h"
 
@@ -287,6 +288,19 @@ TEST_F(RequestChannel, a_sweep_beside_waiting_requests_keeps_the_replies_of_live
   EXPECT_EQ(waiting(), 7U);
   EXPECT_NE(take(first.pid() + 2), "");
   EXPECT_NE(take(second.pid() + 2), "");
+}
+
+TEST_F(RequestChannel, a_sweep_keeps_a_reply_whose_room_is_taken_meanwhile) {
+  open_channel();
+  const child living = bystander();
+  ASSERT_TRUE(channel.send(reply_to(living.pid())));
+  ASSERT_TRUE(put(1, raw("request")));
+  faults::fail(faults::call::msgsnd, 1, EAGAIN);
+  channel.sweep();
+  EXPECT_EQ(waiting(), 1U) << "the request is taken into memory";
+  EXPECT_NE(take(living.pid() + 2), "");
+  incoming request;
+  EXPECT_EQ(channel.next(&request), waited::request) << "and from there";
 }
 
 TEST_F(RequestChannel, a_sweep_removes_messages_that_are_nobodys) {
