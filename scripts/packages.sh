@@ -4,7 +4,7 @@
 build_packages="g++ cmake ninja-build libcli11-dev nlohmann-json3-dev util-linux"
 test_packages="$build_packages libgtest-dev libgmock-dev clang libclang-rt-14-dev binutils bash-completion mandoc mount
   procps u-boot-tools"
-install_packages="$build_packages binutils g++-mips-linux-gnu mandoc mount pkg-config shellcheck systemd"
+install_packages="$build_packages binutils busybox g++-mips-linux-gnu mandoc mount pkg-config shellcheck systemd"
 deb_packages="debootstrap lintian mount util-linux"
 # What ./test --all needs on top: compilers for the other platforms, what runs their programs and
 # looks at their output, and what packages are made with.

@@ -125,7 +125,7 @@ shows() {
     [ "$(tail -n 1 "$1" 2>/dev/null)" != "$2" ] || return 0
     sleep 0.1
   done
-  fail "after $attempt looks watch_lan prints \"$(cat "$1")\", and not \"$2\""
+  fail "after $attempt looks $1 has \"$(cat "$1")\", and not \"$2\""
 }
 
 run_watchers() {
@@ -144,8 +144,11 @@ run_watchers() {
   done
 }
 
+# By $shell, if that is set: by the shell that the script names.
+shell=
 init() {
-  "$etc/init.d/config-center" "$@" >>"$work/init.log" 2>&1
+  # shellcheck disable=SC2086 # no word or two
+  $shell "$etc/init.d/config-center" "$@" >>"$work/init.log" 2>&1
 }
 
 expect_init() {
@@ -158,6 +161,36 @@ expect_init() {
   }
 }
 
+# The system's log, as the init script finds it: a program on its path.
+keep_system_log() {
+  printf '#!/bin/sh\ncat >>%s\n' "$work/system.log" >/usr/sbin/logger
+  chmod +x /usr/sbin/logger
+}
+
+# logs LINE: waits until the system's log ends with LINE.
+logs() {
+  shows "$work/system.log" "config-center: $1"
+}
+
+# What a small system's shell makes of the script, too.
+run_by_each_shell() {
+  for shell in "" "busybox sh"; do
+    expect_init 0 start
+    logs "info: ready"
+    expect_init 0 status
+    # shellcheck disable=SC2086 # no word or two
+    setpriv --reuid 65534 --regid 65534 --clear-groups \
+      $shell "$etc/init.d/config-center" status >>"$work/init.log" 2>&1 ||
+      fail "init script status: not for everyone"
+    expect_init 0 force-reload
+    expect_init 0 status
+    expect_init 0 stop
+    logs "info: signal 15: stopping"
+    expect_init 3 status
+  done
+  shell=
+}
+
 without_a_configuration() {
   mv /etc/config-file.ini /etc/elsewhere.ini
   mv /var/lib/proreflax /var/lib/elsewhere
@@ -165,6 +198,9 @@ without_a_configuration() {
   expect_init 3 status
   echo "no section" >/etc/config-file.ini
   expect_init 1 start
+  grep -q 'did not start; the system' "$work/init.log" || fail "init script: no word of the log"
+  logs "error: no configuration: flash has none, and /etc/config-file.ini gives result 205\
+ (malformed; cfc check tells where)"
   expect_init 3 status
   rm -rf /var/lib/proreflax
   mv /var/lib/elsewhere /var/lib/proreflax
@@ -172,6 +208,8 @@ without_a_configuration() {
 }
 
 run_under_init() {
+  keep_system_log
+  run_by_each_shell
   expect_init 3 status
   expect_init 0 start
   expect_init 0 status
@@ -184,7 +222,7 @@ run_under_init() {
   expect 10.0.0.1 cfc get LAN LanGw
   killed=$(cat /run/config-center.pid)
   kill -KILL "$killed"
-  while kill -0 "$killed" 2>/dev/null && ! grep -q '^State:.Z' "/proc/$killed/status"; do
+  while kill -0 "$killed" 2>/dev/null && ! grep -q '^State:.Z' "/proc/$killed/status" 2>/dev/null; do
     sleep 0.1
   done
   expect_init 1 status
