@@ -182,6 +182,10 @@ bool serve_all(request_channel& channel) {
     if (timer_came != 0) {
       timer_came = 0;
       channel.sweep();
+      if (!channel.has_lock()) {
+        log_line(log_level::error, "the access lock is gone: %s", std::strerror(errno));
+        return false;
+      }
     }
   }
   log_line(log_level::info, "signal %d: stopping", static_cast<int>(stop_signal));

@@ -263,6 +263,10 @@ void request_channel::sweep(keep kept) {
   unclaimed_ = left;
 }
 
+bool request_channel::has_lock() const {
+  return semctl(lock_, lock_semaphore, GETVAL) != -1;
+}
+
 std::size_t request_channel::waiting_messages() const {
   msqid_ds state{};
   return msgctl(queue_, IPC_STAT, &state) == 0 ? state.msg_qnum : 0;

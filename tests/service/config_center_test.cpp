@@ -140,6 +140,14 @@ TEST_F(ConfigCenter, stops_with_1_when_its_queue_is_removed) {
   EXPECT_FALSE(has_lock_or_queue());
 }
 
+TEST_F(ConfigCenter, stops_with_1_when_its_lock_is_removed) {
+  service_process service;
+  semctl(semget(proreflax::CFC_SEM_KEY, 0, 0), 0, IPC_RMID);
+  EXPECT_EQ(service.status(), 1);
+  EXPECT_NE(service.log().find("the access lock is gone"), std::string::npos) << service.log();
+  EXPECT_FALSE(has_lock_or_queue());
+}
+
 TEST_F(ConfigCenter, resets_to_the_factory_file_also_on_flash) {
   {
     service_process service;
