@@ -62,6 +62,9 @@ const char* fault_of_header(const slot_header_row& row, std::uint64_t file_bytes
   if (header.length == 0 || file_bytes != slot_header_bytes + std::uint64_t{header.length}) {
     return "size does not match the header";
   }
+  if (header.length > longest_text_bytes) {
+    return "text too long";
+  }
   return nullptr;
 }
 

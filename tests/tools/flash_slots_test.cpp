@@ -360,6 +360,17 @@ TEST_F(Flash, a_slot_that_is_4_gib_too_large_gives_the_other) {
   EXPECT_THAT(saved(), Optional(std::string{"old"}));
 }
 
+TEST_F(Flash, a_slot_with_a_longer_text_than_is_ever_saved_gives_the_other) {
+  ASSERT_TRUE(save("old"));
+  constexpr std::uint32_t length = longest_text_bytes + 1;
+  put_slot(1, slot_bytes("new", 2, {.length = length}));
+  fs::resize_file(slot(1), std::uint64_t{slot_header_bytes} + length);
+  EXPECT_THAT(saved(), Optional(std::string{"old"}));
+  // Where files of this size cannot be opened, that is what is said.
+  const std::string fault = sizeof(off_t) > 4 ? "text too long" : std::strerror(EOVERFLOW);
+  EXPECT_EQ(why.text(), slot(1) + ": " + fault + "; the other slot was read");
+}
+
 TEST_F(Flash, a_slot_with_an_empty_text_gives_the_other) {
   ASSERT_TRUE(save("old"));
   put_slot(1, slot_bytes("", 2));
