@@ -109,7 +109,7 @@ TEST(EditedText, what_is_wrong_is_told_with_its_line) {
   }
   EXPECT_EQ(lines, (std::vector<std::size_t>{1, 2, 3, 5, 6}));
   EXPECT_THAT(edited.faults[0].sentence, HasSubstr("u32"));
-  EXPECT_THAT(edited.faults[2].sentence, HasSubstr("no key \"Frob\""));
+  EXPECT_THAT(edited.faults[2].sentence, HasSubstr("section \"LAN\" has no key \"Frob\""));
   EXPECT_THAT(edited.faults[3].sentence, HasSubstr("twice"));
 }
 

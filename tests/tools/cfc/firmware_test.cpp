@@ -290,6 +290,15 @@ TEST_F(Firmware, info_shows_no_fields_of_a_part_that_is_no_image) {
   EXPECT_THAT(info.out, HasSubstr("\n|\n+- part 1: no image, 100 bytes\nresult: part 1: 237 "));
 }
 
+TEST_F(Firmware, the_name_of_an_image_does_not_reach_the_terminal_as_it_is) {
+  bytes image = kernel({1});
+  std::ranges::copy(string{"\x1b[2J"}, image.begin() + 32);
+  correct_checksums(image);
+  EXPECT_THAT(firmware({"info", file("k", image)}).out,
+              AllOf(StartsWith("image: kernel \"\\x1b[2J\", 65 bytes\n"),
+                    HasSubstr("\n   name          \"\\x1b[2J\"\n")));
+}
+
 TEST_F(Firmware, info_gives_the_result_that_the_device_would_give) {
   bytes bad_header = kernel(some_bytes(8));
   bad_header[4] ^= 1;
@@ -431,6 +440,11 @@ TEST_F(Firmware, pack_refuses_what_the_device_would_refuse) {
   EXPECT_EQ(part.status, 1);
   EXPECT_THAT(part.err, StartsWith("cfc: firmware pack: " + path("bad") +
                                    ": the parts of a multi-file image are images: 235 "));
+  const ended inner =
+      firmware({"pack", "--type", "multi", "-o", path("out"), file("bad", multi_file({broken}))});
+  EXPECT_EQ(inner.status, 1);
+  EXPECT_THAT(inner.err, StartsWith("cfc: firmware pack: " + path("bad") +
+                                    ": the parts of a multi-file image are images: part 1: 235 "));
   const ended big = firmware(
       {"pack", "--type", "kernel", "-o", path("out"), file("big", bytes(FW_IMAGE_SIZE_MAX - 63))});
   EXPECT_EQ(big.status, 1);

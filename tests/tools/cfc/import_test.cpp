@@ -116,6 +116,14 @@ TEST(ImportedText, is_refused_as_a_whole_when_it_has_no_header) {
             "cfc: import: stdin: nothing was changed\n");
 }
 
+TEST(ImportedText, that_begins_with_neither_brace_nor_bracket_is_judged_as_ini) {
+  const ended import = run_cfc({"import", "-"}, "key=v\n[A]\n");
+  EXPECT_EQ(import.status, 1);
+  EXPECT_EQ(import.err,
+            "stdin:1: the entry stands in front of the first section header\n"
+            "cfc: import: stdin: nothing was changed\n");
+}
+
 TEST(ImportedText, is_refused_as_a_whole_when_it_is_no_export) {
   prompted_service service;
   service.has_section("A");

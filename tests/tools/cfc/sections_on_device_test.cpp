@@ -143,7 +143,9 @@ TEST_F(CfcSections, without_a_service_every_verb_says_so) {
     EXPECT_EQ(refused.out, "") << words[0];
     EXPECT_THAT(refused.err, HasSubstr("230 CFC_ERR_NO_SEM")) << words[0];
   }
-  EXPECT_EQ(run_cfc({"diff"}).status, 2);
+  const ended diff = run_cfc({"diff"});
+  EXPECT_EQ(diff.status, 2);
+  EXPECT_THAT(diff.err, AllOf(StartsWith("cfc: diff: section \""), HasSubstr("\": 230 ")));
 }
 
 // ---- set ----------------------------------------------------------------------------------------
@@ -336,6 +338,14 @@ TEST_F(CfcSections, the_editor_itself_can_be_interrupted) {
   }
 }
 
+TEST_F(CfcSections, an_editor_that_took_the_place_of_its_shell_can_be_interrupted) {
+  set_editor("echo LanGw=10.0.0.9 >\"$1\"; kill -INT $$");
+  setenv("VISUAL", ("exec " + string{std::getenv("VISUAL")}).c_str(), 1);
+  const ended edited = run_cfc({"edit", "LAN"});
+  EXPECT_EQ(edited.status, 1);
+  EXPECT_EQ(edited.err, "cfc: edit: the editor failed; nothing was changed\n");
+}
+
 TEST_F(CfcSections, edit_changes_nothing_when_the_editor_fails_or_changes_nothing) {
   EXPECT_EQ(edit("LAN", "echo ConnType=7 >\"$1\"; exit 3").status, 1);
   EXPECT_EQ(value("LAN", "ConnType"), "0x00000000\n");
@@ -436,6 +446,17 @@ TEST_F(CfcSections, a_full_access_list_says_so) {
   const ended add = run_cfc({"acl", "add", "00:0c:43:28:80:01"});
   EXPECT_EQ(add.status, 1);
   EXPECT_THAT(add.err, HasSubstr("the access list is full"));
+}
+
+TEST_F(CfcSections, a_device_without_an_access_list_says_so) {
+  start_with("[LAN]\nConnType=0\n");
+  for (const std::vector<string>& words :
+       {std::vector<string>{"acl", "list"}, {"acl", "add", "00:0c:43:28:80:01"}}) {
+    const ended acl = run_cfc(words);
+    EXPECT_EQ(acl.status, 3);
+    EXPECT_EQ(acl.out, "");
+    EXPECT_THAT(acl.err, StartsWith("cfc: acl: 209 CFC_ERR_NO_SECTION: "));
+  }
 }
 
 TEST_F(CfcSections, time_tells_offset_and_local_time) {
