@@ -120,7 +120,12 @@ TEST_F(CfcSections, an_unknown_section_is_not_there) {
   EXPECT_EQ(show.status, 3);
   EXPECT_EQ(show.out, "");
   EXPECT_THAT(show.err, HasSubstr("\"NONE\" is not known here"));
-  EXPECT_EQ(run_cfc({"edit", "NONE"}).status, 3);
+  for (const string name : {"NONE", ""}) {
+    const ended edit = run_cfc({"edit", name});
+    EXPECT_EQ(edit.status, 3);
+    EXPECT_EQ(edit.err, "cfc: edit: section \"" + name +
+                            "\" is not known here; cfc sections lists those that are\n");
+  }
   EXPECT_EQ(run_cfc({"sections", "NONE"}).status, 3);
 }
 
