@@ -234,11 +234,12 @@ edited_text read_edited(const section_values& before, std::string_view text) {
 }
 
 exit_status run(const edit_command& command, output& out) {
-  const auto sections = choose_sections("edit", command.section, out);
-  if (sections.size() != 1) {
+  const proreflax::listed_section* const section = find_known_section(command.section);
+  if (section == nullptr) {
+    complain_of_unknown("edit", command.section, out);
     return exit_status::nothing_there;
   }
-  const section_values before = read_values(*sections.front());
+  const section_values before = read_values(*section);
   if (!before.ok()) {
     complain("edit", before, out);
     return status_of(before.code);

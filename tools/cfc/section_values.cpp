@@ -75,10 +75,14 @@ std::vector<const proreflax::listed_section*> choose_sections(std::string_view v
     }
   }
   if (chosen.empty()) {
-    out.complain("cfc: " + std::string{verb} + ": section " + quoted(name) +
-                 " is not known here; cfc sections lists those that are");
+    complain_of_unknown(verb, name, out);
   }
   return chosen;
+}
+
+void complain_of_unknown(std::string_view verb, const std::string& name, output& out) {
+  out.complain("cfc: " + std::string{verb} + ": section " + quoted(name) +
+               " is not known here; cfc sections lists those that are");
 }
 
 void complain(std::string_view verb, const section_values& values, output& out) {

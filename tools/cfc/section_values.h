@@ -47,6 +47,9 @@ section_values read_values(const proreflax::listed_section& section);
 std::vector<const proreflax::listed_section*> choose_sections(std::string_view verb,
                                                               const std::string& name, output& out);
 
+/// Says on standard error that no section of this name is known.
+void complain_of_unknown(std::string_view verb, const std::string& name, output& out);
+
 /// Says on standard error why a section could not be read.
 void complain(std::string_view verb, const section_values& values, output& out);
 

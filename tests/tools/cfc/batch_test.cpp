@@ -9,8 +9,10 @@
 #include <sstream>
 #include <thread>
 
+#include "tests/support/faults.h"
 #include "tests/tools/cfc/prompted_service.h"
 #include "tests/tools/cfc/run_program.h"
+#include "tools/cfc/all_or_nothing.h"
 
 using namespace cfc;
 using nlohmann::json;
@@ -18,6 +20,7 @@ using std::string;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 namespace {
 
@@ -299,8 +302,60 @@ TEST(AllOrNothing, a_set_that_the_service_refuses_undoes_those_before_it) {
   const ended batch = run_all_or_nothing("set A b 2\nset A c 2\n");
   EXPECT_EQ(batch.status, 1);
   EXPECT_THAT(batch.err, HasSubstr("stdin:2: set section \"A\" key \"c\": 208 CFC_ERR_BUSY"));
-  EXPECT_EQ(service.value("A", "b"), "1");
-  EXPECT_EQ(service.value("A", "c"), "1");
+  // What was refused did not happen: its key is not written again.
+  EXPECT_THAT(service.requests(),
+              ElementsAre("get A b", "get A c", "set A b=2", "set A c=2", "set A b=1"));
+}
+
+TEST(AllOrNothing, a_set_that_was_never_sent_is_not_put_back) {
+  prompted_service service;
+  service.holds("A", "b", "1");
+  service.holds("A", "c", "1");
+  const std::vector<batch_line> lines{*read_batch_line(1, "set A b 2\n"),
+                                      *read_batch_line(2, "set A c 2\n")};
+  faults::fail(faults::call::malloc, 4);  // each request takes one: two gets, then the sets
+  const outcome batch = carry_out_all_or_nothing(lines);
+  EXPECT_TRUE(faults::happened());
+  faults::reset();
+  EXPECT_EQ(batch.lines[1].given.code, 12U);
+  EXPECT_THAT(service.requests(), ElementsAre("get A b", "get A c", "set A b=2", "set A b=1"));
+}
+
+TEST(AllOrNothing, a_set_that_may_have_happened_is_put_back_and_told_as_failed) {
+  prompted_service service;
+  service.holds("A", "b", "1");
+  service.answers(2, EIO);
+  const ended batch = run_all_or_nothing("set A b 2\n");
+  EXPECT_EQ(batch.status, 1);
+  EXPECT_EQ(batch.err,
+            "stdin:1: set section \"A\" key \"b\": 5: Input/output error\n"
+            "cfc: batch: stdin: a line failed; of the sets before it 0 were put back and 0 were "
+            "not\n");
+  EXPECT_THAT(service.requests(), ElementsAre("get A b", "set A b=2", "set A b=1"));
+}
+
+TEST(AllOrNothing, a_new_key_that_never_came_to_be_is_not_named) {
+  prompted_service service;
+  service.has_section("A");
+  service.answers(2, EIO);
+  const ended batch = run_all_or_nothing("set A new 2\n");
+  EXPECT_EQ(batch.status, 1);
+  EXPECT_THAT(batch.err, testing::Not(HasSubstr("was not there before")));
+  EXPECT_THAT(batch.err, HasSubstr("0 were put back and 0 were not\n"));
+  EXPECT_THAT(service.requests(), ElementsAre("get A new", "set A new=2", "get A new"));
+}
+
+TEST(AllOrNothing, a_value_that_its_getter_would_not_read_is_put_back_all_the_same) {
+  prompted_service service;
+  service.holds("LAN", "LanGw", "junk");
+  EXPECT_EQ(run_all_or_nothing("set LAN LanGw 10.0.0.5\nget LAN none\n").status, 3);
+  EXPECT_THAT(service.requests(), ElementsAre("get LAN LanGw", "set LAN LanGw=10.0.0.5",
+                                              "get LAN none", "set LAN LanGw=junk"));
+}
+
+TEST(AllOrNothing, ends_with_the_status_of_the_first_line_that_is_refused) {
+  EXPECT_EQ(run_all_or_nothing("set A b 300 --type u8\nfrob\n").status, 1);
+  EXPECT_EQ(run_all_or_nothing("frob\nset A b 300 --type u8\n").status, 2);
 }
 
 TEST(AllOrNothing, a_flush_that_fails_undoes_the_sets) {
@@ -336,6 +391,7 @@ TEST(AllOrNothing, a_service_that_vanishes_leaves_nothing_unsaid) {
                                                 std::to_string(EIDRM) + "|22): I"));
   EXPECT_THAT(batch.err, HasSubstr("stdin:1: section \"A\" key \"b\" could not be put back"));
   EXPECT_THAT(batch.err, HasSubstr("stdin:2: section \"A\" key \"b\" could not be put back"));
+  EXPECT_THAT(batch.err, HasSubstr("): what it holds cannot be read (22: Invalid argument)\n"));
   EXPECT_THAT(batch.err, HasSubstr("0 were put back and 2 were not"));
 }
 

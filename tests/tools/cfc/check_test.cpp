@@ -71,6 +71,7 @@ const line_row line_rows[] = {
     {"kvkv\n", "no-key"},
     {entry(50, 1), "key-too-long"},
     {entry(1, 200), "value-too-long"},
+    {string(50, 'k') + "=]\r\n", "key-too-long"},
     {entry(50, 200), "line-too-long"},
     {string(250, 'k') + '\n', "no-key"},
     {string(251, 'k') + '\n', "line-too-long"},
@@ -127,6 +128,8 @@ TEST(Check, a_long_line_counts_as_one) {
 TEST(Check, an_entry_in_front_of_the_first_header_is_a_fault_beside_its_others) {
   EXPECT_THAT(faults_of("k=v\n[A]\nk=v\n"), ElementsAre("1:no-section-yet"));
   EXPECT_THAT(faults_of(entry(50, 1) + "[A]\n"), ElementsAre("1:key-too-long", "1:no-section-yet"));
+  EXPECT_THAT(faults_of(entry(1, 200) + "[A]\n"),
+              ElementsAre("1:value-too-long", "1:no-section-yet"));
 }
 
 TEST(Check, a_malformed_header_is_not_blamed_on_the_entries_below_it) {
@@ -219,4 +222,14 @@ TEST(CheckVerb, what_never_ends_is_given_up) {
   const ended noise = run_cfc({"check", "--json", "/dev/urandom"});
   EXPECT_EQ(noise.status, 1);
   EXPECT_TRUE(nlohmann::json::parse(noise.out).contains("failure"));
+}
+
+TEST(CheckVerb, says_that_it_gave_up_on_a_text_of_nothing_but_faults) {
+  string text = "[A]\n";
+  for (int i = 0; i < 10001; ++i) {
+    text += "x\n";
+  }
+  EXPECT_THAT(run_cfc({"check", "-"}, text).err,
+              testing::EndsWith("\ncfc: check: stdin: more faults than can be of use: the rest was "
+                                "not looked at\n"));
 }

@@ -3,11 +3,22 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+
+#include "tests/support/files.h"
+#include "tests/tools/cfc/prompted_service.h"
+#include "tests/tools/cfc/run_program.h"
 #include "tools/cfc/json_text.h"
 
 using namespace cfc;
 using std::string;
+using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 namespace {
 
@@ -24,6 +35,46 @@ section_values lan() {
 const set_command& set_of(const batch_line& line) {
   return std::get<set_command>(line.command.value());
 }
+
+/// A section whose keys, in the order of its table, hold these texts; further keys are not there.
+section_values section_with(const char* section, const std::vector<std::optional<string>>& texts) {
+  section_values values{.section = find_known_section(section), .entries = {}, .sentence = {}};
+  for (const known_key& each : keys_of(*values.section)) {
+    const std::size_t place = values.entries.size();
+    values.entries.push_back({each, place < texts.size() ? texts[place] : std::nullopt});
+  }
+  return values;
+}
+
+/// What the only changed line of a text sets, as "KEY=VALUE"; empty unless there is just one.
+string only_set_of(const edited_text& edited) {
+  EXPECT_TRUE(edited.faults.empty());
+  EXPECT_EQ(edited.sets.size(), 1U);
+  return edited.sets.size() == 1 ? set_of(edited.sets[0]).key + "=" + set_of(edited.sets[0]).value
+                                 : "";
+}
+
+/// Section LAN on a service that does what a test wants, and an editor that puts LanGw=10.0.0.9 in
+/// the place of the text. Six values are read, then the former one of LanGw; the eighth request
+/// sets it.
+class EditOfASection : public testing::Test {
+ protected:
+  EditOfASection() {
+    string folder = testing::TempDir() + "cfc-edit-XXXXXX";
+    folder_ = mkdtemp(folder.data());
+    files::write(folder_ / "editor", "echo LanGw=10.0.0.9 >\"$1\"\n");
+    setenv("VISUAL", ("/bin/sh " + (folder_ / "editor").string()).c_str(), 1);
+    setenv("TMPDIR", folder_.c_str(), 1);
+  }
+  ~EditOfASection() override {
+    unsetenv("TMPDIR");
+    unsetenv("VISUAL");
+    std::filesystem::remove_all(folder_);
+  }
+
+  std::filesystem::path folder_;
+  prompted_service service_;
+};
 
 }  // namespace
 
@@ -58,8 +109,62 @@ TEST(EditedText, what_is_wrong_is_told_with_its_line) {
   }
   EXPECT_EQ(lines, (std::vector<std::size_t>{1, 2, 3, 5, 6}));
   EXPECT_THAT(edited.faults[0].sentence, HasSubstr("u32"));
-  EXPECT_THAT(edited.faults[2].sentence, HasSubstr("no key \"Frob\""));
+  EXPECT_THAT(edited.faults[2].sentence, HasSubstr("section \"LAN\" has no key \"Frob\""));
   EXPECT_THAT(edited.faults[3].sentence, HasSubstr("twice"));
+}
+
+TEST(EditedText, a_value_may_hold_an_equals_sign) {
+  EXPECT_EQ(only_set_of(read_edited(section_with("WEBLOG", {"admin"}), "user_name=a=b\n")),
+            "user_name=a=b");
+}
+
+TEST(EditedText, a_key_that_is_not_there_can_be_made_with_an_empty_value) {
+  EXPECT_EQ(only_set_of(read_edited(section_with("WEBLOG", {"admin"}), "password=\n")),
+            "password=");
+}
+
+TEST(EditedText, bytes_can_be_emptied) {
+  EXPECT_EQ(
+      only_set_of(read_edited(section_with("WLS_ACL", {"0x018028430c00"}), "macFilters[0]=\n")),
+      "macFilters[0]=");
+}
+
+TEST_F(EditOfASection, a_section_that_the_device_lacks_is_not_there) {
+  service_.has_section("WEBLOG");
+  const ended edit = run_cfc({"edit", "LAN"});
+  EXPECT_EQ(edit.status, 3);
+  EXPECT_THAT(edit.err, StartsWith("cfc: edit: section \"LAN\": 209 CFC_ERR_NO_SECTION: "));
+  EXPECT_THAT(service_.requests(), ElementsAre("get LAN ConnType"));
+}
+
+TEST_F(EditOfASection, a_set_that_the_service_refuses_is_told_with_its_line) {
+  service_.holds("LAN", "LanGw", "10.0.0.1");
+  service_.answers(8, 208);
+  const ended edit = run_cfc({"edit", "LAN"});
+  EXPECT_EQ(edit.status, 1);
+  EXPECT_EQ(edit.err,
+            "LAN:1: set section \"LAN\" key \"LanGw\": 208 CFC_ERR_BUSY: the store is being "
+            "written out; try again\n"
+            "cfc: edit: LAN: a line failed; of the sets before it 0 were put back and 0 were "
+            "not\n");
+  EXPECT_EQ(service_.value("LAN", "LanGw"), "10.0.0.1");
+}
+
+TEST_F(EditOfASection, the_key_that_interrupts_ends_the_program_again_behind_its_editor) {
+  service_.holds("LAN", "LanGw", "10.0.0.1");
+  std::optional<started_program> edit;
+  std::mutex started;
+  service_.before_answer(7, [&] {
+    const std::lock_guard wait_for_pid{started};
+    edit->send(SIGINT);
+  });
+  {
+    const std::lock_guard lock{started};
+    edit.emplace("cfc", std::vector<string>{"edit", "LAN"});
+  }
+  EXPECT_EQ(edit->wait().status, -SIGINT);
+  EXPECT_EQ(service_.requests().size(), 7U);
+  EXPECT_EQ(service_.value("LAN", "LanGw"), "10.0.0.1");
 }
 
 TEST(ExportedJson, comes_back_as_it_was_also_without_utf8) {

@@ -1,14 +1,23 @@
 // The firmware verbs: images that a second writing of the format made, and the file-backed flash of
 // the device's folder.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <array>
+#include <csignal>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <utility>
 
 #include "tests/firmware/image_builder.h"
+#include "tests/support/child.h"
 #include "tests/support/device_root.h"
 #include "tests/tools/cfc/run_program.h"
 #include "tools/cfc/firmware_image.h"
@@ -47,6 +56,45 @@ class failing_flash {
   ~failing_flash() { unsetenv("PROREFLAX_FLASH_FAIL"); }
   failing_flash(const failing_flash&) = delete;
   failing_flash& operator=(const failing_flash&) = delete;
+};
+
+/// A pipe with a name, read by the test, that has room for just so many bytes: what a program
+/// writes beyond that waits.
+class nearly_full_pipe {
+ public:
+  nearly_full_pipe(const string& path, std::size_t room) {
+    mkfifo(path.c_str(), 0600);
+    end_ = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    capacity_ = fcntl(end_, F_SETPIPE_SZ, 4096);
+    const string filling(static_cast<std::size_t>(capacity_) - room, '.');
+    filled_ = write(end_, filling.data(), filling.size()) == static_cast<ssize_t>(filling.size());
+    unread_filling_ = filling.size();
+  }
+  ~nearly_full_pipe() { close(end_); }
+  nearly_full_pipe(const nearly_full_pipe&) = delete;
+  nearly_full_pipe& operator=(const nearly_full_pipe&) = delete;
+
+  bool is_full() const {
+    int unread = 0;
+    return filled_ && ioctl(end_, FIONREAD, &unread) == 0 && unread == capacity_;
+  }
+
+  /// What programs have written so far, and was not taken yet.
+  string take() {
+    string all;
+    std::array<char, 4096> buffer{};
+    for (ssize_t count = 0; (count = ::read(end_, buffer.data(), buffer.size())) > 0;) {
+      all.append(buffer.data(), static_cast<std::size_t>(count));
+    }
+    all.erase(0, std::exchange(unread_filling_, 0));
+    return all;
+  }
+
+ private:
+  int end_ = -1;
+  int capacity_ = 0;
+  std::size_t unread_filling_ = 0;
+  bool filled_ = false;
 };
 
 class Firmware : public testing::Test {
@@ -236,6 +284,21 @@ TEST_F(Firmware, info_shows_parts_as_a_tree) {
               HasSubstr("\n   |\n   +- part 2.1: ramdisk \"\", 69 bytes\n         name "));
 }
 
+TEST_F(Firmware, info_shows_no_fields_of_a_part_that_is_no_image) {
+  const ended info = firmware({"info", file("m", multi_file({bytes(100, 'x')}))});
+  EXPECT_EQ(info.status, 1);
+  EXPECT_THAT(info.out, HasSubstr("\n|\n+- part 1: no image, 100 bytes\nresult: part 1: 237 "));
+}
+
+TEST_F(Firmware, the_name_of_an_image_does_not_reach_the_terminal_as_it_is) {
+  bytes image = kernel({1});
+  std::ranges::copy(string{"\x1b[2J"}, image.begin() + 32);
+  correct_checksums(image);
+  EXPECT_THAT(firmware({"info", file("k", image)}).out,
+              AllOf(StartsWith("image: kernel \"\\x1b[2J\", 65 bytes\n"),
+                    HasSubstr("\n   name          \"\\x1b[2J\"\n")));
+}
+
 TEST_F(Firmware, info_gives_the_result_that_the_device_would_give) {
   bytes bad_header = kernel(some_bytes(8));
   bad_header[4] ^= 1;
@@ -259,6 +322,7 @@ TEST_F(Firmware, each_fault_tells_its_numbers) {
             "233 CFC_ERR_FW_SHORT: the firmware image is shorter than its header (0 bytes, and a "
             "header has 64)");
   EXPECT_THAT(refusal_of(bytes(63)), EndsWith("(63 bytes, and a header has 64)"));
+  EXPECT_THAT(refusal_of(bytes(1)), EndsWith("(1 byte, and a header has 64)"));
   EXPECT_EQ(refusal_of(build({.data = {1}, .magic = 0x7f454c46})),
             "237 CFC_ERR_FW_MAGIC: this is no firmware image (it begins with 0x7f454c46, not with "
             "0x27051956)");
@@ -342,6 +406,19 @@ TEST_F(Firmware, the_entry_point_is_the_load_address_unless_it_is_given) {
             (bytes{0, 0, 0x12, 0x34, 0, 0, 0x12, 0x34}));
 }
 
+TEST_F(Firmware, the_time_is_that_of_packing_unless_it_is_given) {
+  const std::time_t earliest = std::time(nullptr);
+  ASSERT_EQ(firmware({"pack", "--type", "kernel", "-o", path("out"), file("data", {1})}).status, 0);
+  const std::time_t latest = std::time(nullptr);
+  const bytes image = read("out");
+  std::time_t packed = 0;
+  for (std::size_t i = 8; i < 12; ++i) {
+    packed = packed * 256 + image.at(i);
+  }
+  EXPECT_GE(packed, earliest);
+  EXPECT_LE(packed, latest);
+}
+
 TEST_F(Firmware, pack_aligns_the_parts_of_a_multi_file_image) {
   const string first = file("first", kernel(some_bytes(6)));
   const string second = file("second", ramdisk(some_bytes(4)));
@@ -363,6 +440,11 @@ TEST_F(Firmware, pack_refuses_what_the_device_would_refuse) {
   EXPECT_EQ(part.status, 1);
   EXPECT_THAT(part.err, StartsWith("cfc: firmware pack: " + path("bad") +
                                    ": the parts of a multi-file image are images: 235 "));
+  const ended inner =
+      firmware({"pack", "--type", "multi", "-o", path("out"), file("bad", multi_file({broken}))});
+  EXPECT_EQ(inner.status, 1);
+  EXPECT_THAT(inner.err, StartsWith("cfc: firmware pack: " + path("bad") +
+                                    ": the parts of a multi-file image are images: part 1: 235 "));
   const ended big = firmware(
       {"pack", "--type", "kernel", "-o", path("out"), file("big", bytes(FW_IMAGE_SIZE_MAX - 63))});
   EXPECT_EQ(big.status, 1);
@@ -377,6 +459,7 @@ TEST_F(Firmware, pack_says_what_is_wrong_with_its_words) {
   const string data = file("data", {1});
   const std::pair<words, string> rows[] = {
       {{"pack", "--type", "kernel", "-o", path("out"), data, data}, "from one file, not from 2"},
+      {{"pack", "--type", "ramdisk", "-o", path("out"), data, data}, "from one file, not from 2"},
       {{"pack", "--type", "disk", "-o", path("out"), data}, "disk not in"},
       {{"pack", "--type", "kernel", data}, "--output is required"},
       {{"pack", "-o", path("out"), data}, "--type is required"},
@@ -479,8 +562,20 @@ TEST_F(Firmware, what_the_device_would_refuse_is_refused_before_anything_is_writ
   }
 }
 
+TEST_F(Firmware, an_image_that_is_too_big_is_told_before_the_flash_is_opened) {
+  const failing_flash failing{"open"};
+  EXPECT_THAT(write_to_flash(kernel(bytes(FW_IMAGE_SIZE_MAX))).err, HasSubstr(": 232 "));
+}
+
+TEST_F(Firmware, data_may_fill_its_region_to_the_last_byte) {
+  const bytes data = some_bytes(0x800);
+  EXPECT_EQ(write_to_flash(ramdisk(data)).status, 0);
+  EXPECT_EQ(flash_at(ramdisk_region, data.size()), data);
+}
+
 TEST_F(Firmware, a_flash_that_fails_gives_the_devices_result) {
-  const std::pair<const char*, string> before[] = {{"open", "239 CFC_ERR_FW_OPEN"},
+  const std::pair<const char*, string> before[] = {{"open", "(/dev/flash: Input/output error)"},
+                                                   {"open", "239 CFC_ERR_FW_OPEN"},
                                                    {"base", "240 CFC_ERR_FW_BASE"},
                                                    {"region", "241 CFC_ERR_FW_REGION"}};
   for (const auto& [call, code] : before) {
@@ -528,6 +623,71 @@ TEST_F(Firmware, a_flash_that_cannot_be_read_back_is_told_plainly) {
   EXPECT_EQ(compared.found, comparison::state::not_readable);
   EXPECT_EQ(compared.sentence,
             "written, but not verified: the flash cannot be read back: Input/output error");
+}
+
+TEST_F(Firmware, data_of_many_pieces_is_compared_to_its_end) {
+  device_root::write("/etc/flash-regions", "base 0x10000000\nregion 4 0x10002000 0x4000\n");
+  const bytes image = ramdisk(some_bytes(10000));
+  const ended write = write_to_flash(image);
+  EXPECT_EQ(write.status, 0) << write.err;
+  EXPECT_THAT(write.out, EndsWith("3/3 verify\n  image: read back, the same\n"));
+  string flash = *device_root::read("/dev/flash");
+  flash[ramdisk_region + 9000] ^= 1;
+  device_root::write("/dev/flash", flash);
+  const image_view view = look_at_image(image);
+  EXPECT_THAT(compare_with_flash(plan_writes(view).writes.at(0)).sentence,
+              EndsWith("first at byte 9000 of the region"));
+}
+
+TEST_F(Firmware, every_part_that_differs_is_told_and_ends_in_1) {
+  device_root::write("/etc/flash-regions",
+                     "base 0x10000000\nregion 2 0x10000000 0x1000\nregion 4 0x10000000 0x800\n");
+  std::filesystem::create_symlink("/dev/zero", device_root::path("/dev/flash"));
+  const ended write = write_to_flash(multi_file({kernel({1}), ramdisk({0, 0, 5})}));
+  EXPECT_EQ(write.status, 1);
+  const string first =
+      "part 1: the flash differs from what was written, first at byte 0 of the "
+      "region\n";
+  const string second =
+      "part 2: the flash differs from what was written, first at byte 2 of the "
+      "region\n";
+  EXPECT_THAT(write.out, EndsWith("3/3 verify\n  " + first + "  " + second));
+  EXPECT_EQ(write.err, "cfc: firmware write: " + first + "cfc: firmware write: " + second);
+}
+
+TEST_F(Firmware, a_flash_that_cannot_be_read_back_is_told_and_is_no_failure) {
+  device_root::write("/etc/flash-regions", "base 0x10000000\nregion 2 0x10000000 0x1000\n");
+  std::filesystem::create_symlink("/dev/null", device_root::path("/dev/flash"));
+  const ended write = write_to_flash(kernel({1}));
+  EXPECT_EQ(write.status, 0);
+  EXPECT_EQ(write.err, "");
+  EXPECT_THAT(write.out, EndsWith("  image: written, but not verified: the flash cannot be read "
+                                  "back: it ends\n"));
+}
+
+TEST_F(Firmware, signals_wait_until_writing_and_comparing_are_done) {
+  const bytes image = kernel(some_bytes(1000));
+  const string name = file("image", image);
+  const string before_verify =
+      "1/3 check: " + name +
+      " is whole, and goes to flash like this:\n"
+      "  image: kernel \"\", 1064 bytes: 1064 bytes to 0x10001000, region 2 of 4096 bytes\n"
+      "2/3 write: this may take minutes; leave the power on\n";
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    std::filesystem::remove(device_root::path("/dev/flash"));
+    nearly_full_pipe pipe{path("pipe" + std::to_string(signal)), before_verify.size()};
+    started_program write{"cfc",
+                          {"firmware", "write", "--yes", name},
+                          {},
+                          path("pipe" + std::to_string(signal)).c_str()};
+    ASSERT_TRUE(eventually([&] { return pipe.is_full(); }));
+    write.send(signal);
+    string told = pipe.take();
+    EXPECT_EQ(write.wait().status, -signal);
+    told += pipe.take();
+    EXPECT_EQ(told, before_verify + "3/3 verify\n  image: read back, the same\n");
+    EXPECT_EQ(flash_at(kernel_region, image.size()), image);
+  }
 }
 
 TEST_F(Firmware, an_empty_ramdisk_has_nothing_to_write) {

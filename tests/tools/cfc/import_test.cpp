@@ -26,16 +26,16 @@ string percent(int number) {
 }
 
 /// A configuration text in a file, so that standard input is left to the terminal.
-class text_file {
+class file_to_import {
  public:
-  explicit text_file(const string& text) {
+  explicit file_to_import(const string& text) {
     const int file = mkstemp(path_.data());
     close(file);
     std::ofstream{path_} << text;
   }
-  ~text_file() { unlink(path_.c_str()); }
-  text_file(const text_file&) = delete;
-  text_file& operator=(const text_file&) = delete;
+  ~file_to_import() { unlink(path_.c_str()); }
+  file_to_import(const file_to_import&) = delete;
+  file_to_import& operator=(const file_to_import&) = delete;
 
   const string& path() const { return path_; }
 
@@ -56,7 +56,7 @@ string section_of(int entries) {
 TEST(ImportOnATerminal, tells_each_per_cent_once_on_one_line_and_clears_it) {
   prompted_service service;
   service.has_section("A");
-  const text_file text{section_of(150)};  // 300 requests: three a per cent
+  const file_to_import text{section_of(150)};  // 300 requests: three a per cent
   const ended import = run_cfc_on_terminal({"import", text.path()});
   EXPECT_EQ(import.status, 0) << import.err;
   EXPECT_EQ(import.out, "");
@@ -71,7 +71,7 @@ TEST(ImportOnATerminal, tells_each_per_cent_once_on_one_line_and_clears_it) {
 TEST(ImportOnATerminal, counts_what_is_read_and_what_is_set) {
   prompted_service service;
   service.has_section("A");
-  const text_file text{"[A]\nkey=1\nother=2\nkey=3\n"};  // a key's old value is read once
+  const file_to_import text{"[A]\nkey=1\nother=2\nkey=3\n"};  // a key's old value is read once
   EXPECT_EQ(run_cfc_on_terminal({"import", text.path()}).err,
             percent(0) + percent(16) + percent(33) + percent(50) + percent(66) + percent(83) +
                 in_place(""));
@@ -82,7 +82,7 @@ TEST(ImportOnATerminal, clears_its_line_before_it_complains) {
   service.holds("A", "key", "old");
   service.holds("A", "other", "old");
   service.answers(4, 208);
-  const text_file text{"[A]\nkey=1\nother=2\n"};
+  const file_to_import text{"[A]\nkey=1\nother=2\n"};
   const ended import = run_cfc_on_terminal({"import", text.path()});
   EXPECT_EQ(import.status, 1);
   EXPECT_THAT(import.err, StartsWith(percent(0) + percent(25) + percent(50) + percent(75) +
@@ -98,4 +98,66 @@ TEST(ImportOnATerminal, tells_nothing_of_its_progress_elsewhere) {
   EXPECT_EQ(import.status, 0);
   EXPECT_EQ(import.out + import.err, "");
   EXPECT_EQ(service.requests().size(), 300U);
+}
+
+TEST(ImportedText, is_json_when_a_brace_is_the_first_that_is_no_blank) {
+  prompted_service service;
+  service.has_section("A");
+  const ended import = run_cfc({"import", "-"}, "\n \t\r\n  {\"A\": {\"key\": \"v\"}}");
+  EXPECT_EQ(import.status, 0) << import.err;
+  EXPECT_EQ(service.value("A", "key"), "v");
+}
+
+TEST(ImportedText, is_refused_as_a_whole_when_it_has_no_header) {
+  const ended import = run_cfc({"import", "-"}, "");
+  EXPECT_EQ(import.status, 1);
+  EXPECT_EQ(import.err,
+            "stdin: the text holds no section header\n"
+            "cfc: import: stdin: nothing was changed\n");
+}
+
+TEST(ImportedText, that_begins_with_neither_brace_nor_bracket_is_judged_as_ini) {
+  const ended import = run_cfc({"import", "-"}, "key=v\n[A]\n");
+  EXPECT_EQ(import.status, 1);
+  EXPECT_EQ(import.err,
+            "stdin:1: the entry stands in front of the first section header\n"
+            "cfc: import: stdin: nothing was changed\n");
+}
+
+TEST(ImportedText, is_refused_as_a_whole_when_it_is_no_export) {
+  prompted_service service;
+  service.has_section("A");
+  const ended import = run_cfc({"import", "-"}, "{\"A\": {\"key\": \"v\"}, \"B\": 1}");
+  EXPECT_EQ(import.status, 1);
+  EXPECT_EQ(import.err,
+            "stdin: section \"B\" is no object of keys and values\n"
+            "cfc: import: stdin: nothing was changed\n");
+  EXPECT_THAT(service.requests(), IsEmpty());
+}
+
+TEST(ImportedText, tells_no_line_of_a_json_value_that_fails) {
+  prompted_service service;
+  service.has_section("A");
+  const ended import = run_cfc({"import", "-"}, "{\"B\": {\"key\": \"v\"}}");
+  EXPECT_EQ(import.status, 3);
+  EXPECT_THAT(import.err, StartsWith("stdin: set section \"B\" key \"key\": 209 "));
+}
+
+TEST(ImportedText, that_cannot_be_read_changes_nothing_and_says_so) {
+  const ended import = run_cfc({"import", "/nowhere"});
+  EXPECT_EQ(import.status, 1);
+  EXPECT_EQ(import.err,
+            "cfc: import: /nowhere: cannot be opened: No such file or directory; nothing was "
+            "changed\n");
+}
+
+TEST(ImportedText, has_at_most_50000_lines) {
+  prompted_service service;
+  const string lines(49999, '\n');
+  EXPECT_EQ(run_cfc({"import", "-"}, "[A]\n" + lines).status, 0);
+  const ended import = run_cfc({"import", "-"}, "[A]\n\n" + lines);
+  EXPECT_EQ(import.status, 1);
+  EXPECT_EQ(import.err,
+            "cfc: import: stdin: has more than 50000 lines: this is no such text; nothing was "
+            "changed\n");
 }

@@ -12,6 +12,7 @@ using namespace cfc;
 using std::string;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 namespace {
 
@@ -43,6 +44,7 @@ const stored_row stored_rows[] = {
     {"WLS_ACL", "macFilters[0]", "", 0},
     {"WLS_ACL", "macFilters[0]", "0x01", 0},
     {"WLS_ACL", "macFilters[0]", "0x0102030405ff00", 212},
+    {"WLS_ACL", "macFilters[0]", "0x0102030405ff0", 212},
     {"WLS_ACL", "macFilters[0]", "01:02:03", 205},
 };
 
@@ -129,6 +131,18 @@ TEST(SetOfAKnownKey, is_refused_when_its_getter_would_not_read_it_unless_forced)
   EXPECT_TRUE(screened("another", "anything", value_kind::string).ok());
 }
 
+TEST(SetOfAKnownKey, a_refusal_tells_the_value_and_the_rule) {
+  const answer number =
+      screen(set_command{.section = "LAN", .key = "ConnType", .value = "0000000000000001"});
+  EXPECT_THAT(number.sentence, StartsWith("the value is \"0000000000000001\"; this key takes a "));
+  EXPECT_THAT(number.sentence, HasSubstr(", stored in at most 15 characters"));
+  EXPECT_THAT(screen(set_command{.section = "LAN", .key = "ConnType", .value = ""}).sentence,
+              StartsWith("the value is empty; this key takes a number from "));
+  EXPECT_THAT(screen(set_command{.section = "WEBLOG", .key = "password", .value = string(32, 'S')})
+                  .sentence,
+              StartsWith("the value is refused; this key takes a text of at most 31 characters"));
+}
+
 TEST(SetOfAKnownKey, a_refusal_never_tells_a_secret) {
   const answer refused =
       screen(set_command{.section = "WEBLOG", .key = "password", .value = string(40, 'S')});
@@ -147,6 +161,11 @@ TEST(ShowTable, tells_not_set_from_empty_and_what_breaks_its_rule) {
               ElementsAre("[WLS_ACL]", "macFilters[0]      (not set)  binary",
                           "macFilters[1..78]  empty      binary",
                           "macFilters[79]     junk       binary (its value is none)"));
+}
+
+TEST(ShowTable, shows_all_bytes_that_a_key_has_room_for) {
+  EXPECT_EQ(table_of(acl_with("0x0201", "0x000000000000"), false)[1],
+            "macFilters[0]      01:02:00:00:00:00  binary");
 }
 
 TEST(ShowOffset, has_sign_hours_and_minutes_and_seconds_where_there_are_any) {

@@ -31,16 +31,23 @@ string shipped_factory_text() {
 
 class CfcSections : public testing::Test {
  protected:
-  CfcSections() {
-    device_root::clear();
-    device_root::install_flash_tool();
-    device_root::write("/etc/config-file.ini", shipped_factory_text());
-    service_.emplace();
-  }
+  CfcSections() { start_with(shipped_factory_text()); }
   ~CfcSections() override {
     unsetenv("VISUAL");
     unsetenv("EDITOR");
+    unsetenv("TMPDIR");
   }
+
+  /// A device of this factory text, nothing changed since.
+  void start_with(const string& factory) {
+    service_.reset();
+    device_root::clear();
+    device_root::install_flash_tool();
+    set_factory(factory);
+    service_.emplace();
+  }
+
+  static void set_factory(const string& text) { device_root::write("/etc/config-file.ini", text); }
 
   static string value(const string& section, const string& key) {
     return run_cfc({"get", section, key}).out;
@@ -52,9 +59,10 @@ class CfcSections : public testing::Test {
     return run_cfc({"edit", section});
   }
 
-  static void set_editor(const string& script) {
-    device_root::write("/var/editor", "#!/bin/sh\n" + script + "\n");
-    setenv("VISUAL", ("/bin/sh " + device_root::path("/var/editor").string()).c_str(), 1);
+  static void set_editor(const string& script, const char* variable = "VISUAL") {
+    const string path = "/var/editor-of-" + string{variable};
+    device_root::write(path, "#!/bin/sh\n" + script + "\n");
+    setenv(variable, ("/bin/sh " + device_root::path(path).string()).c_str(), 1);
   }
 
   /// The same on a terminal where an answer is typed. The editor makes a text that is refused,
@@ -112,7 +120,12 @@ TEST_F(CfcSections, an_unknown_section_is_not_there) {
   EXPECT_EQ(show.status, 3);
   EXPECT_EQ(show.out, "");
   EXPECT_THAT(show.err, HasSubstr("\"NONE\" is not known here"));
-  EXPECT_EQ(run_cfc({"edit", "NONE"}).status, 3);
+  for (const string name : {"NONE", ""}) {
+    const ended edit = run_cfc({"edit", name});
+    EXPECT_EQ(edit.status, 3);
+    EXPECT_EQ(edit.err, "cfc: edit: section \"" + name +
+                            "\" is not known here; cfc sections lists those that are\n");
+  }
   EXPECT_EQ(run_cfc({"sections", "NONE"}).status, 3);
 }
 
@@ -135,7 +148,9 @@ TEST_F(CfcSections, without_a_service_every_verb_says_so) {
     EXPECT_EQ(refused.out, "") << words[0];
     EXPECT_THAT(refused.err, HasSubstr("230 CFC_ERR_NO_SEM")) << words[0];
   }
-  EXPECT_EQ(run_cfc({"diff"}).status, 2);
+  const ended diff = run_cfc({"diff"});
+  EXPECT_EQ(diff.status, 2);
+  EXPECT_THAT(diff.err, AllOf(StartsWith("cfc: diff: section \""), HasSubstr("\": 230 ")));
 }
 
 // ---- set ----------------------------------------------------------------------------------------
@@ -204,6 +219,44 @@ TEST_F(CfcSections, diff_without_a_factory_file_is_trouble) {
   const ended trouble = run_cfc({"diff"});
   EXPECT_EQ(trouble.status, 2);
   EXPECT_THAT(trouble.err, HasSubstr("config-file.ini: cannot be opened"));
+}
+
+TEST_F(CfcSections, diff_tells_what_only_one_side_has) {
+  start_with("[LAN]\nConnType=0x00000000\n[WEBLOG]\npassword=\n[MYAPP]\nkey=v\n");
+  const ended same = run_cfc({"diff"});
+  EXPECT_EQ(same.status, 0) << same.err;
+  EXPECT_EQ(same.out + same.err, "");
+  ASSERT_EQ(run_cfc({"set", "LAN", "ConnType", "0x00000007"}).status, 0);
+  ASSERT_EQ(run_cfc({"set", "LAN", "LanGw", "10.0.0.1"}).status, 0);
+  ASSERT_EQ(run_cfc({"set", "WEBLOG", "password", "new"}).status, 0);
+  EXPECT_EQ(run_cfc({"diff"}).out,
+            "[LAN]\n-ConnType=0\n+ConnType=7\n+LanGw=10.0.0.1\n"
+            "[WEBLOG]\n-password=\n+password=(hidden)\n");
+  set_factory("[USERS_DB]\npasswd[0]=secret\n");
+  const ended other = run_cfc({"diff"});
+  EXPECT_EQ(other.status, 1);
+  EXPECT_THAT(other.out, StartsWith("[USERS_DB]\n-passwd[0]=(hidden)\n[LAN]\n+ConnType=7\n"));
+}
+
+TEST_F(CfcSections, diff_takes_the_last_of_several_factory_values_as_the_loader_does) {
+  start_with("[LAN]\nConnType=1\nConnType=2\n");
+  EXPECT_EQ(value("LAN", "ConnType"), "2\n");
+  EXPECT_EQ(run_cfc({"diff"}).status, 0);
+}
+
+TEST_F(CfcSections, diff_keeps_control_characters_from_the_terminal) {
+  start_with("[MY\x1b]\nke\x1by=\x1b[2J\n");
+  ASSERT_EQ(run_cfc({"set", "MY\x1b", "ke\x1by", "v"}).status, 0);
+  EXPECT_EQ(run_cfc({"diff"}).out, "[MY\\x1b]\n-ke\\x1by=\\x1b[2J\n+ke\\x1by=v\n");
+}
+
+TEST_F(CfcSections, diff_with_a_factory_file_that_breaks_the_rules_is_trouble) {
+  set_factory("[LAN]\nConnType=7\nnothing\n");
+  const ended trouble = run_cfc({"diff"});
+  EXPECT_EQ(trouble.status, 2);
+  EXPECT_EQ(trouble.out, "");
+  EXPECT_THAT(trouble.err,
+              EndsWith("/etc/config-file.ini: breaks the rules that cfc check tells\n"));
 }
 
 // ---- edit ---------------------------------------------------------------------------------------
@@ -290,6 +343,14 @@ TEST_F(CfcSections, the_editor_itself_can_be_interrupted) {
   }
 }
 
+TEST_F(CfcSections, an_editor_that_took_the_place_of_its_shell_can_be_interrupted) {
+  set_editor("echo LanGw=10.0.0.9 >\"$1\"; kill -INT $$");
+  setenv("VISUAL", ("exec " + string{std::getenv("VISUAL")}).c_str(), 1);
+  const ended edited = run_cfc({"edit", "LAN"});
+  EXPECT_EQ(edited.status, 1);
+  EXPECT_EQ(edited.err, "cfc: edit: the editor failed; nothing was changed\n");
+}
+
 TEST_F(CfcSections, edit_changes_nothing_when_the_editor_fails_or_changes_nothing) {
   EXPECT_EQ(edit("LAN", "echo ConnType=7 >\"$1\"; exit 3").status, 1);
   EXPECT_EQ(value("LAN", "ConnType"), "0x00000000\n");
@@ -306,6 +367,56 @@ TEST_F(CfcSections, the_edited_file_is_its_owners_alone_and_gone_afterwards) {
   EXPECT_FALSE(std::filesystem::exists(text.substr(4, text.size() - 5)));
 }
 
+TEST_F(CfcSections, the_edited_file_lies_in_tmpdir_or_in_tmp) {
+  const string folder = device_root::path("/var");
+  const string seen_path = device_root::path("/var/seen");
+  for (const auto& [variable, place] :
+       {std::pair{folder, folder}, {string{}, string{"/tmp"}}, {string{"unset"}, string{"/tmp"}}}) {
+    if (variable == "unset") {
+      unsetenv("TMPDIR");
+    } else {
+      setenv("TMPDIR", variable.c_str(), 1);
+    }
+    EXPECT_EQ(edit("LAN", "echo \"$1\" >" + seen_path).status, 0);
+    EXPECT_THAT(seen(), StartsWith(place + "/cfc-")) << variable;
+  }
+}
+
+TEST_F(CfcSections, edit_says_that_it_cannot_make_its_file) {
+  setenv("TMPDIR", "/nowhere", 1);
+  const ended refused = edit("LAN", "echo started >" + device_root::path("/var/seen").string());
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_EQ(refused.err,
+            "cfc: edit: no temporary file: No such file or directory; nothing was changed\n");
+  EXPECT_FALSE(device_root::exists("/var/seen"));
+}
+
+TEST_F(CfcSections, edit_says_that_the_editor_removed_the_file) {
+  const ended refused = edit("LAN", "rm \"$1\"");
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_EQ(refused.err, "cfc: edit: the edited file is gone; nothing was changed\n");
+}
+
+TEST_F(CfcSections, the_editor_is_visual_or_editor_or_vi) {
+  namespace fs = std::filesystem;
+  const auto note = [](const string& name) {
+    return "echo " + name + " >>" + device_root::path("/var/seen").string();
+  };
+  device_root::write("/var/vi", "#!/bin/sh\n" + note("vi") + "\n");
+  fs::permissions(device_root::path("/var/vi"), fs::perms::owner_all);
+  const string path = std::getenv("PATH");
+  setenv("PATH", (device_root::path("/var").string() + ":" + path).c_str(), 1);
+  EXPECT_EQ(run_cfc({"edit", "LAN"}).status, 0);
+  set_editor(note("EDITOR"), "EDITOR");
+  EXPECT_EQ(run_cfc({"edit", "LAN"}).status, 0);
+  set_editor(note("VISUAL"), "VISUAL");
+  EXPECT_EQ(run_cfc({"edit", "LAN"}).status, 0);
+  setenv("VISUAL", "", 1);
+  EXPECT_EQ(run_cfc({"edit", "LAN"}).status, 0);
+  setenv("PATH", path.c_str(), 1);
+  EXPECT_EQ(seen(), "vi\nEDITOR\nVISUAL\nEDITOR\n");
+}
+
 // ---- acl and time -------------------------------------------------------------------------------
 
 TEST_F(CfcSections, the_access_list_is_edited_by_address) {
@@ -318,10 +429,14 @@ TEST_F(CfcSections, the_access_list_is_edited_by_address) {
 }
 
 TEST_F(CfcSections, what_is_no_address_is_wrong_usage) {
-  for (const char* address : {"", "00:0c:43:28:80", "00:00:00:00:00:00", "00-0c-43-28-80-01"}) {
+  for (const char* address :
+       {"", "00:0c:43:28:80", "00:00:00:00:00:00", "00-0c-43-28-80-01", "00:0c:43:28:80:01:02"}) {
     EXPECT_EQ(run_cfc({"acl", "add", address}).status, 2) << address;
   }
   EXPECT_EQ(run_cfc({"acl", "add"}).status, 2);
+  EXPECT_EQ(run_cfc({"acl", "delete", "000c432880"}).err,
+            "cfc: acl: \"000c432880\" is no MAC address: six bytes, not all zero, each as two "
+            "hexadecimal digits, with colons between them or without\n");
   EXPECT_EQ(run_cfc({"acl", "list", "00:0c:43:28:80:01"}).status, 2);
   EXPECT_EQ(run_cfc({"acl", "frob"}).status, 2);
 }
@@ -338,10 +453,37 @@ TEST_F(CfcSections, a_full_access_list_says_so) {
   EXPECT_THAT(add.err, HasSubstr("the access list is full"));
 }
 
+TEST_F(CfcSections, a_device_without_an_access_list_says_so) {
+  start_with("[LAN]\nConnType=0\n");
+  for (const std::vector<string>& words :
+       {std::vector<string>{"acl", "list"}, {"acl", "add", "00:0c:43:28:80:01"}}) {
+    const ended acl = run_cfc(words);
+    EXPECT_EQ(acl.status, 3);
+    EXPECT_EQ(acl.out, "");
+    EXPECT_THAT(acl.err, StartsWith("cfc: acl: 209 CFC_ERR_NO_SECTION: "));
+  }
+}
+
 TEST_F(CfcSections, time_tells_offset_and_local_time) {
   ASSERT_EQ(run_cfc({"set", "SNTPC", "tzdetail", "(GMT-03:30) Newfoundland"}).status, 0);
   EXPECT_THAT(run_cfc({"time"}).out, StartsWith("offset: -03:30 (-12600 seconds)\nlocal time: "));
   const json told = json::parse(run_cfc({"time", "--json"}).out);
   EXPECT_EQ(told["offset_seconds"], -12600);
   EXPECT_FALSE(told["local_time"].get<string>().empty());
+}
+
+TEST_F(CfcSections, local_time_is_one_line) {
+  const ended time = run_cfc({"time"});
+  EXPECT_EQ(time.status, 0) << time.err;
+  EXPECT_EQ(std::ranges::count(time.out, '\n'), 2) << time.out;
+  EXPECT_THAT(json::parse(run_cfc({"time", "--json"}).out)["local_time"].get<string>(),
+              Not(HasSubstr("\n")));
+}
+
+TEST_F(CfcSections, a_device_without_a_time_zone_has_no_time) {
+  start_with("[LAN]\nConnType=0\n");
+  const ended time = run_cfc({"time"});
+  EXPECT_EQ(time.status, 3);
+  EXPECT_EQ(time.out, "");
+  EXPECT_THAT(time.err, StartsWith("cfc: time: section \"SNTPC\": 209 CFC_ERR_NO_SECTION: "));
 }

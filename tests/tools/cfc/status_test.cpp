@@ -79,6 +79,10 @@ TEST(Status, the_code_tells_what_is_missing_first) {
                 .service = {}, .lock = {.present = true, .error = 13}, .queue = {.present = true}}
                  .code()),
             13U);
+  EXPECT_EQ((status_report{
+                .service = {}, .lock = {.present = true}, .queue = {.present = true, .error = 13}}
+                 .code()),
+            13U);
 }
 
 TEST(StatusVerb, without_a_service_it_ends_in_1) {

@@ -103,6 +103,36 @@ TEST_F(Wireless, fewer_events_than_announced_are_remarked_upon) {
             "cfc: wireless events: /proc/wirelesslog announces 9 events, and 1 was found\n");
 }
 
+TEST_F(Wireless, a_number_of_events_that_no_log_holds_is_remarked_upon) {
+  const string rows = "[log] 1 00:0C:43:28:60:11 a\n[log] 2 00:0C:43:28:60:11 b\n";
+  for (const auto& [announced, remark] : {std::pair{"9", "announces 9 events, and 2 were found\n"},
+                                          {"-1", "announces -1 events, and 0 were found\n"}}) {
+    device_root::write("/proc/wirelesslog", "Event count: " + string{announced} + "\n" + rows);
+    const ended events = run_cfc({"wireless", "events"});
+    EXPECT_EQ(events.status, 0);
+    EXPECT_EQ(events.err, "cfc: wireless events: /proc/wirelesslog " + string{remark});
+  }
+}
+
+TEST_F(Wireless, the_densest_log_is_shown_to_its_last_event) {
+  string densest = "\n......:.....999......\n......";
+  while (densest.size() < 4095) {
+    densest += ":..............\n......";
+  }
+  device_root::write("/proc/wirelesslog", densest.substr(0, 4095));
+  const ended events = run_cfc({"wireless", "events"});
+  EXPECT_THAT(events.err, HasSubstr(" announces 999 events, and " +
+                                    std::to_string(WLS_EVENT_LOG_ROWS_MAX) + " were found\n"));
+  EXPECT_EQ(std::ranges::count(events.out, '\n'), WLS_EVENT_LOG_ROWS_MAX + 1);
+}
+
+TEST_F(Wireless, what_the_driver_says_of_itself_does_not_reach_the_terminal_either) {
+  device_root::write("/proc/wireless",
+                     "if_status=\x1b[2J\na=1\nb=1\nc=1\nd=1\ne=1\nf=1\ng=1\nh=1\ni=1\n");
+  EXPECT_THAT(run_cfc({"wireless", "status"}).out,
+              StartsWith("interface    \\x1b[2J\nMAC address  not told\n"));
+}
+
 TEST_F(Wireless, what_a_station_sent_does_not_reach_the_terminal) {
   device_root::write("/proc/wirelesslog", "Event count: 1\n[log] 1 00:0C:43:28:60:11 \x1b[2J\n");
   EXPECT_THAT(run_cfc({"wireless", "events"}).out, HasSubstr("\\x1b[2J\n"));
