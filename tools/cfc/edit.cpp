@@ -76,18 +76,41 @@ class edited_lines {
 
 // ---- The file -----------------------------------------------------------------------------------
 
-/// Readable by its owner alone, gone with the object.
+constexpr int ending_signals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
+
+const char* volatile file_to_remove = nullptr;
+
+void remove_file_and_end(int signal) {
+  if (file_to_remove != nullptr) {
+    unlink(file_to_remove);
+  }
+  std::signal(signal, SIG_DFL);
+  raise(signal);
+}
+
+/// Readable by its owner alone, gone with the object, or with the program when a signal ends it: it
+/// may hold passwords.
 class temporary_file {
  public:
   temporary_file() {
     const char* const folder = std::getenv("TMPDIR");
     path_ = std::string{folder == nullptr || *folder == '\0' ? "/tmp" : folder} + "/cfc-XXXXXX";
     descriptor_ = mkostemp(path_.data(), O_CLOEXEC);
+    if (descriptor_ == -1) {
+      return;
+    }
+    file_to_remove = path_.c_str();
+    for (const int each : ending_signals) {
+      if (std::signal(each, remove_file_and_end) == SIG_IGN) {
+        std::signal(each, SIG_IGN);
+      }
+    }
   }
   ~temporary_file() {
     if (descriptor_ != -1) {
       close(descriptor_);
       unlink(path_.c_str());
+      file_to_remove = nullptr;
     }
   }
   temporary_file(const temporary_file&) = delete;

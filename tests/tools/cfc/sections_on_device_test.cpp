@@ -334,6 +334,23 @@ TEST_F(CfcSections, edit_survives_the_keys_that_interrupt_its_editor) {
   EXPECT_EQ(value("LAN", "LanGw"), "10.0.0.9\n");
 }
 
+TEST_F(CfcSections, edit_that_a_signal_ends_leaves_no_file) {
+  for (const int signal : {SIGHUP, SIGTERM}) {
+    std::filesystem::remove(device_root::path("/var/go"));
+    device_root::write("/var/file", "");
+    set_editor("printf %s \"$1\" >" + device_root::path("/var/file").string() + "\nuntil [ -e " +
+               device_root::path("/var/go").string() + " ]; do sleep 0.02; done");
+    started_program edit{"cfc", {"edit", "LAN"}};
+    ASSERT_TRUE(eventually([] { return device_root::read("/var/file") != ""; }));
+    const string file = device_root::read("/var/file").value_or("");
+    EXPECT_TRUE(std::filesystem::exists(file)) << file;
+    edit.send(signal);
+    EXPECT_EQ(edit.wait().status, -signal);
+    EXPECT_FALSE(std::filesystem::exists(file)) << file;
+    device_root::write("/var/go", "");
+  }
+}
+
 TEST_F(CfcSections, the_editor_itself_can_be_interrupted) {
   for (const char* key : {"INT", "QUIT", "PIPE"}) {
     const ended edited =
