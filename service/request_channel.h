@@ -85,8 +85,8 @@ class request_channel {
   /// Sends a reply, or drops it when nobody waits for it. False when nobody could be told.
   bool send(const reply& answer);
 
-  /// Removes what nobody waits for. To be called whenever the timer's signal, SIGALRM, has come: once
-  /// a second at least.
+  /// Removes what nobody waits for. To be called whenever the timer's signal, SIGALRM, has come:
+  /// once a second at least.
   void sweep();
 
   /// Whether clients still find the lock. False with errno when it was removed.

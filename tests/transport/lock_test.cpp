@@ -95,8 +95,8 @@ struct victim_state {
   std::atomic<bool> began = false;
 };
 
-/// Holds the lock for about as long as it takes to get and give it, so that one kill in some meets a
-/// holder.
+/// Holds the lock for about as long as it takes to get and give it, so that one kill in some meets
+/// a holder.
 int take_and_give_for_ever(victim_state& state) {
   for (;;) {
     state.holds = cfc_get_mutex() == CFC_OK;
