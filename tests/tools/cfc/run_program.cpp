@@ -80,13 +80,14 @@ class pseudo_terminal {
     settings.c_oflag &= ~static_cast<tcflag_t>(OPOST);
     tcsetattr(programs_end_, TCSANOW, &settings);
     fcntl(own_end_, F_SETFD, FD_CLOEXEC);
+    fcntl(own_end_, F_SETFL, O_NONBLOCK);
     fcntl(programs_end_, F_SETFD, FD_CLOEXEC);
     if (write(own_end_, typed.data(), typed.size()) != static_cast<ssize_t>(typed.size())) {
       throw std::runtime_error("cannot type on the pseudo terminal");
     }
   }
   ~pseudo_terminal() {
-    leave_to_programs();
+    close(programs_end_);
     close(own_end_);
   }
   pseudo_terminal(const pseudo_terminal&) = delete;
@@ -94,9 +95,10 @@ class pseudo_terminal {
 
   int programs_end() const { return programs_end_; }
 
-  /// What is shown until the last program has closed it.
-  std::string shown() {
-    leave_to_programs();
+  /// What a program has shown that has ended; a terminal keeps many thousand bytes unread. The
+  /// programs' end is still open: a reader who learns of the end by its closing loses, once in some
+  /// hundred thousand times, what was written just before it.
+  std::string shown() const {
     std::string all;
     std::array<char, 4096> buffer{};
     for (ssize_t count = 0; (count = read(own_end_, buffer.data(), buffer.size())) > 0;) {
@@ -106,13 +108,6 @@ class pseudo_terminal {
   }
 
  private:
-  void leave_to_programs() {
-    if (programs_end_ != -1) {
-      close(programs_end_);
-      programs_end_ = -1;
-    }
-  }
-
   int own_end_ = -1;
   int programs_end_ = -1;
 };
@@ -154,12 +149,12 @@ ended run_cfc(std::vector<std::string> words, std::string_view input) {
 }
 
 ended run_cfc_on_terminal(std::vector<std::string> words, std::string_view typed) {
-  pseudo_terminal terminal{typed};
+  const pseudo_terminal terminal{typed};
   const int out = file_in_memory({});
   const pid_t cfc =
       start("cfc", std::move(words), terminal.programs_end(), out, terminal.programs_end());
-  const std::string shown = terminal.shown();
-  ended run{wait_for_child(cfc), content_of(out), shown};
+  const int status = wait_for_child(cfc);
+  ended run{status, content_of(out), terminal.shown()};
   close(out);
   return run;
 }
