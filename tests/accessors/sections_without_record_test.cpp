@@ -157,6 +157,7 @@ TEST_F(SectionsWithoutRecord, single_texts_are_read_and_written_as_they_are) {
   expect_one_hold();
   EXPECT_EQ(gui_set_sysbase_info("2.0"), 0U);
   EXPECT_EQ(service.value("SYSBASE", "firmware_ver"), "2.0");
+  service.has_section("DEVICE");
   EXPECT_EQ(set_device_cfg("led=on"), 0U);
   EXPECT_EQ(get_device_cfg(text), 0U);
   EXPECT_STREQ(text, "led=on");

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 // The real calls, past the fault injector.
@@ -16,13 +17,16 @@ namespace {
 
 constexpr std::uint32_t no_section = 209;
 constexpr std::uint32_t no_key = 201;
+constexpr std::uint32_t operation_register = 1;
 constexpr std::uint32_t operation_set = 9;
 constexpr std::uint32_t operation_get = 10;
+constexpr std::uint32_t operation_flush = 12;
 
 constexpr long request_type = 1;
 constexpr long stop_type = 2;  // no asker's reply type: a process id is at least 1
 
 constexpr std::size_t header_bytes = 16;
+constexpr std::size_t longer_than_any_asker_takes = 512;
 
 template <typename Number>
 Number number_at(const bytes& text, std::size_t offset) {
@@ -69,12 +73,32 @@ bytes reply_with_value(const seen_request& request, std::string_view value) {
 
 }  // namespace
 
+std::string in_words(const seen_request& request) {
+  switch (request.operation) {
+    case operation_get:
+      return "get " + request.section + " " + request.key;
+    case operation_set:
+      return "set " + request.section + " " + request.key + "=" + request.value;
+    case operation_register:
+      return "register " + request.section;
+    case operation_flush:
+      return "flush";
+    default:
+      return "defaults";
+  }
+}
+
 scripted_service::scripted_service() : thread_{[this] { serve(); }} {}
 
 scripted_service::~scripted_service() {
   const message_buffer stop{stop_type, {}};
   __real_msgsnd(queue_.queue_id(), &stop, 0, 0);
   thread_.join();
+}
+
+void scripted_service::has_section(std::string_view section) {
+  const std::lock_guard guard{mutex_};
+  sections_[std::string{section}];
 }
 
 void scripted_service::holds(std::string_view section, std::string_view key,
@@ -97,6 +121,21 @@ void scripted_service::claims(std::string_view section, std::string_view key,
                               std::uint16_t length) {
   const std::lock_guard guard{mutex_};
   key_of(section, key).claim = length;
+}
+
+void scripted_service::answers(std::size_t nth, std::uint32_t code) {
+  const std::lock_guard guard{mutex_};
+  turns_[nth].code = code;
+}
+
+void scripted_service::answers_too_long(std::size_t nth) {
+  const std::lock_guard guard{mutex_};
+  turns_[nth].too_long = true;
+}
+
+void scripted_service::before_answer(std::size_t nth, std::function<void()> action) {
+  const std::lock_guard guard{mutex_};
+  turns_[nth].action = std::move(action);
 }
 
 void scripted_service::obeys() {
@@ -139,6 +178,13 @@ std::vector<std::string> scripted_service::take_keys() {
   return keys;
 }
 
+std::vector<std::string> scripted_service::requests() const {
+  const std::lock_guard guard{mutex_};
+  std::vector<std::string> words;
+  std::transform(requests_.begin(), requests_.end(), std::back_inserter(words), in_words);
+  return words;
+}
+
 void scripted_service::serve() {
   message_buffer buffer{};
   for (;;) {
@@ -159,12 +205,32 @@ void scripted_service::serve() {
 }
 
 bytes scripted_service::answer(const seen_request& request) {
+  const turn now = next_turn(request);
+  if (now.action) {
+    now.action();  // without the mutex: it may ask this service what it holds
+  }
+  bytes reply = now.code ? header(request, *now.code) : carry_out(request);
+  if (now.too_long) {
+    reply.resize(longer_than_any_asker_takes);
+  }
+  return reply;
+}
+
+scripted_service::turn scripted_service::next_turn(const seen_request& request) {
   const std::lock_guard guard{mutex_};
   requests_.push_back(request);
+  return std::exchange(turns_[++requests_seen_], {});
+}
+
+bytes scripted_service::carry_out(const seen_request& request) {
+  const std::lock_guard guard{mutex_};
+  if (request.operation == operation_register) {
+    sections_[request.section];
+  }
   if (request.operation != operation_get && request.operation != operation_set) {
     return header(request, 0);
   }
-  if (request.operation == operation_get && sections_.count(request.section) == 0) {
+  if (sections_.count(request.section) == 0) {
     return header(request, no_section);
   }
   script& key = key_of(request.section, request.key);

@@ -10,7 +10,7 @@
 #include <thread>
 
 #include "tests/support/faults.h"
-#include "tests/tools/cfc/prompted_service.h"
+#include "tests/support/scripted_service.h"
 #include "tests/tools/cfc/run_program.h"
 #include "tools/cfc/all_or_nothing.h"
 
@@ -82,7 +82,7 @@ TEST(BatchLine, what_is_no_command_says_why) {
 // ---- line by line -------------------------------------------------------------------------------
 
 TEST(BatchVerb, carries_out_every_line_and_reports_it_with_its_number) {
-  prompted_service service;
+  scripted_service service;
   const ended batch = run_batch(
       "# a comment\n"
       "register A\n"
@@ -108,7 +108,7 @@ TEST(BatchVerb, reads_a_file_and_names_it) {
 }
 
 TEST(BatchVerb, a_line_that_fails_does_not_keep_the_next_from_being_tried) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1");
   const ended batch = run_batch("get A none\nset A b\nget A b\nset X b c\n");
   EXPECT_EQ(batch.out, "3: 1\n");
@@ -122,7 +122,7 @@ TEST(BatchVerb, a_line_that_fails_does_not_keep_the_next_from_being_tried) {
 }
 
 TEST(BatchVerb, ends_with_the_status_of_the_first_line_that_failed) {
-  prompted_service service;
+  scripted_service service;
   service.has_section("A");
   EXPECT_EQ(run_batch("flush\nget A none\nfrob\n").status, 3);
   EXPECT_EQ(run_batch("flush\nfrob\nget A none\n").status, 2);
@@ -131,7 +131,7 @@ TEST(BatchVerb, ends_with_the_status_of_the_first_line_that_failed) {
 }
 
 TEST(BatchVerb, reports_each_line_before_it_reads_the_next) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1");
   // The second line is what the first one answered: it can only be written once that is read.
   const ended shell =
@@ -146,7 +146,7 @@ TEST(BatchVerb, reports_each_line_before_it_reads_the_next) {
 }
 
 TEST(BatchVerb, json_is_one_object_a_line) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "0x0a");
   const ended batch =
       run_cfc({"batch", "--json", "-"}, "get A b --type u8\nset A b\nget A c\nflush\n");
@@ -185,7 +185,7 @@ TEST(BatchVerb, what_is_no_text_is_given_up) {
 // ---- all or nothing -----------------------------------------------------------------------------
 
 TEST(AllOrNothing, carries_out_all_lines) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1");
   const ended batch = run_all_or_nothing("get A b\nset A b 2\nset A c 3\nget A b\nflush\n");
   EXPECT_EQ(batch.status, 0);
@@ -197,7 +197,7 @@ TEST(AllOrNothing, carries_out_all_lines) {
 }
 
 TEST(AllOrNothing, screens_every_line_before_anything_is_sent) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1");
   const ended batch = run_all_or_nothing(
       "set A b 2\n"
@@ -227,7 +227,7 @@ TEST(AllOrNothing, screens_every_line_before_anything_is_sent) {
 }
 
 TEST(AllOrNothing, a_missing_section_is_found_before_anything_is_set) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1");
   const ended batch = run_all_or_nothing("set A b 2\nset X b 2\nset Y b 2\n");
   EXPECT_EQ(batch.status, 3);
@@ -242,7 +242,7 @@ TEST(AllOrNothing, a_missing_section_is_found_before_anything_is_set) {
 }
 
 TEST(AllOrNothing, an_old_value_that_could_not_be_put_back_is_found_before_anything_is_set) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1\r");
   const ended batch = run_all_or_nothing("set A b 2\n");
   EXPECT_EQ(batch.status, 1);
@@ -252,7 +252,7 @@ TEST(AllOrNothing, an_old_value_that_could_not_be_put_back_is_found_before_anyth
 }
 
 TEST(AllOrNothing, undoes_in_reverse_order_when_a_line_fails) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "old b");
   service.holds("A", "c", "old c");
   // Two old values are read; the fourth line, a get, fails as the sixth request.
@@ -273,7 +273,7 @@ TEST(AllOrNothing, undoes_in_reverse_order_when_a_line_fails) {
 }
 
 TEST(AllOrNothing, a_typed_value_is_put_back_as_it_stood) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "007");
   EXPECT_EQ(run_all_or_nothing("set --type u8 A b 1\nset --type u8 A b 2\nget A none\n").status, 3);
   EXPECT_THAT(service.requests(), ElementsAre("get A b", "set A b=0x01", "set A b=0x02",
@@ -281,7 +281,7 @@ TEST(AllOrNothing, a_typed_value_is_put_back_as_it_stood) {
 }
 
 TEST(AllOrNothing, a_key_that_was_not_there_before_is_named_with_what_stays_in_it) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1");
   const ended batch =
       run_all_or_nothing("set A new 5 --type u8\nset A b 2\nset A new 6 --type u8\nget A none\n");
@@ -295,7 +295,7 @@ TEST(AllOrNothing, a_key_that_was_not_there_before_is_named_with_what_stays_in_i
 }
 
 TEST(AllOrNothing, a_set_that_the_service_refuses_undoes_those_before_it) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1");
   service.holds("A", "c", "1");
   service.answers(4, 208);
@@ -308,7 +308,7 @@ TEST(AllOrNothing, a_set_that_the_service_refuses_undoes_those_before_it) {
 }
 
 TEST(AllOrNothing, a_set_that_was_never_sent_is_not_put_back) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1");
   service.holds("A", "c", "1");
   const std::vector<batch_line> lines{*read_batch_line(1, "set A b 2\n"),
@@ -322,7 +322,7 @@ TEST(AllOrNothing, a_set_that_was_never_sent_is_not_put_back) {
 }
 
 TEST(AllOrNothing, a_set_that_may_have_happened_is_put_back_and_told_as_failed) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1");
   service.answers(2, EIO);
   const ended batch = run_all_or_nothing("set A b 2\n");
@@ -335,7 +335,7 @@ TEST(AllOrNothing, a_set_that_may_have_happened_is_put_back_and_told_as_failed) 
 }
 
 TEST(AllOrNothing, a_new_key_that_never_came_to_be_is_not_named) {
-  prompted_service service;
+  scripted_service service;
   service.has_section("A");
   service.answers(2, EIO);
   const ended batch = run_all_or_nothing("set A new 2\n");
@@ -346,7 +346,7 @@ TEST(AllOrNothing, a_new_key_that_never_came_to_be_is_not_named) {
 }
 
 TEST(AllOrNothing, a_value_that_its_getter_would_not_read_is_put_back_all_the_same) {
-  prompted_service service;
+  scripted_service service;
   service.holds("LAN", "LanGw", "junk");
   EXPECT_EQ(run_all_or_nothing("set LAN LanGw 10.0.0.5\nget LAN none\n").status, 3);
   EXPECT_THAT(service.requests(), ElementsAre("get LAN LanGw", "set LAN LanGw=10.0.0.5",
@@ -359,7 +359,7 @@ TEST(AllOrNothing, ends_with_the_status_of_the_first_line_that_is_refused) {
 }
 
 TEST(AllOrNothing, a_flush_that_fails_undoes_the_sets) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1");
   service.answers(3, 222);
   const ended batch = run_all_or_nothing("set A b 2\nflush\n");
@@ -369,7 +369,7 @@ TEST(AllOrNothing, a_flush_that_fails_undoes_the_sets) {
 }
 
 TEST(AllOrNothing, an_undo_that_fails_is_told_with_what_stays) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1");
   service.answers(4, 208);
   const ended batch = run_all_or_nothing("set A b 2\nget A none\n");
@@ -380,7 +380,7 @@ TEST(AllOrNothing, an_undo_that_fails_is_told_with_what_stays) {
 }
 
 TEST(AllOrNothing, a_service_that_vanishes_leaves_nothing_unsaid) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1");
   service.before_answer(3, [&] { service.queue().remove_queue(); });
   const ended batch = run_all_or_nothing("set A b 2\nset A b 3\nset A b 4\n");
@@ -396,7 +396,7 @@ TEST(AllOrNothing, a_service_that_vanishes_leaves_nothing_unsaid) {
 }
 
 TEST(AllOrNothing, json_tells_the_state_of_every_line) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1");
   const ended batch = run_cfc({"batch", "--all-or-nothing", "--json"},
                               "set A b 2\nset A new 5\nget A none\nflush\n");
@@ -423,7 +423,7 @@ TEST(AllOrNothing, without_a_service_nothing_is_tried) {
 }
 
 TEST(AllOrNothing, a_text_that_cannot_be_read_to_its_end_changes_nothing) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1");
   const ended batch = run_all_or_nothing("set A b 2\n" + string(70000, 'x'));
   EXPECT_EQ(batch.status, 1);
@@ -442,7 +442,7 @@ TEST(AllOrNothing, more_lines_than_make_sense_are_refused) {
 }
 
 TEST(AllOrNothing, the_lock_is_held_from_the_first_request_to_the_last) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1");
   std::optional<started_program> other;
   service.before_answer(1, [&] {
@@ -457,7 +457,7 @@ TEST(AllOrNothing, the_lock_is_held_from_the_first_request_to_the_last) {
 }
 
 TEST(AllOrNothing, without_it_each_line_takes_the_lock_for_itself) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "b", "1");
   std::optional<started_program> other;
   service.before_answer(1, [&] {
@@ -473,7 +473,7 @@ TEST(AllOrNothing, without_it_each_line_takes_the_lock_for_itself) {
 
 TEST(AllOrNothing, a_signal_waits_until_the_batch_is_done) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    prompted_service service;
+    scripted_service service;
     service.holds("A", "b", "1");
     std::optional<started_program> batch;
     std::mutex started;

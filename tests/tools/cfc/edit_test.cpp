@@ -10,7 +10,7 @@
 #include <optional>
 
 #include "tests/support/files.h"
-#include "tests/tools/cfc/prompted_service.h"
+#include "tests/support/scripted_service.h"
 #include "tests/tools/cfc/run_program.h"
 #include "tools/cfc/json_text.h"
 
@@ -73,7 +73,7 @@ class EditOfASection : public testing::Test {
   }
 
   std::filesystem::path folder_;
-  prompted_service service_;
+  scripted_service service_;
 };
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "tests/tools/cfc/prompted_service.h"
+#include "tests/support/scripted_service.h"
 #include "tests/tools/cfc/run_program.h"
 
 using std::string;
@@ -54,7 +54,7 @@ string section_of(int entries) {
 }  // namespace
 
 TEST(ImportOnATerminal, tells_each_per_cent_once_on_one_line_and_clears_it) {
-  prompted_service service;
+  scripted_service service;
   service.has_section("A");
   const file_to_import text{section_of(150)};  // 300 requests: three a per cent
   const ended import = run_cfc_on_terminal({"import", text.path()});
@@ -69,7 +69,7 @@ TEST(ImportOnATerminal, tells_each_per_cent_once_on_one_line_and_clears_it) {
 }
 
 TEST(ImportOnATerminal, counts_what_is_read_and_what_is_set) {
-  prompted_service service;
+  scripted_service service;
   service.has_section("A");
   const file_to_import text{"[A]\nkey=1\nother=2\nkey=3\n"};  // a key's old value is read once
   EXPECT_EQ(run_cfc_on_terminal({"import", text.path()}).err,
@@ -78,7 +78,7 @@ TEST(ImportOnATerminal, counts_what_is_read_and_what_is_set) {
 }
 
 TEST(ImportOnATerminal, clears_its_line_before_it_complains) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "key", "old");
   service.holds("A", "other", "old");
   service.answers(4, 208);
@@ -92,7 +92,7 @@ TEST(ImportOnATerminal, clears_its_line_before_it_complains) {
 }
 
 TEST(ImportOnATerminal, tells_nothing_of_its_progress_elsewhere) {
-  prompted_service service;
+  scripted_service service;
   service.has_section("A");
   const ended import = run_cfc({"import", "-"}, section_of(150));
   EXPECT_EQ(import.status, 0);
@@ -101,7 +101,7 @@ TEST(ImportOnATerminal, tells_nothing_of_its_progress_elsewhere) {
 }
 
 TEST(ImportedText, is_json_when_a_brace_is_the_first_that_is_no_blank) {
-  prompted_service service;
+  scripted_service service;
   service.has_section("A");
   const ended import = run_cfc({"import", "-"}, "\n \t\r\n  {\"A\": {\"key\": \"v\"}}");
   EXPECT_EQ(import.status, 0) << import.err;
@@ -125,7 +125,7 @@ TEST(ImportedText, that_begins_with_neither_brace_nor_bracket_is_judged_as_ini) 
 }
 
 TEST(ImportedText, is_refused_as_a_whole_when_it_is_no_export) {
-  prompted_service service;
+  scripted_service service;
   service.has_section("A");
   const ended import = run_cfc({"import", "-"}, "{\"A\": {\"key\": \"v\"}, \"B\": 1}");
   EXPECT_EQ(import.status, 1);
@@ -136,7 +136,7 @@ TEST(ImportedText, is_refused_as_a_whole_when_it_is_no_export) {
 }
 
 TEST(ImportedText, tells_no_line_of_a_json_value_that_fails) {
-  prompted_service service;
+  scripted_service service;
   service.has_section("A");
   const ended import = run_cfc({"import", "-"}, "{\"B\": {\"key\": \"v\"}}");
   EXPECT_EQ(import.status, 3);
@@ -152,7 +152,7 @@ TEST(ImportedText, that_cannot_be_read_changes_nothing_and_says_so) {
 }
 
 TEST(ImportedText, has_at_most_50000_lines) {
-  prompted_service service;
+  scripted_service service;
   const string lines(49999, '\n');
   EXPECT_EQ(run_cfc({"import", "-"}, "[A]\n" + lines).status, 0);
   const ended import = run_cfc({"import", "-"}, "[A]\n\n" + lines);

@@ -9,7 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/support/faults.h"
-#include "tests/tools/cfc/prompted_service.h"
+#include "tests/support/scripted_service.h"
 #include "tests/tools/cfc/run_program.h"
 
 using namespace cfc;
@@ -50,7 +50,7 @@ void wait_until_asleep_with_lock(const request_queue& queue, pid_t client) {
 // ---- get ----------------------------------------------------------------------------------------
 
 TEST(GetVerb, prints_the_value_bare) {
-  prompted_service service;
+  scripted_service service;
   for (const string value : {"10.0.0.5", " two  words ", "", "caf\xc3\xa9 \xff\x01", "0x0a"}) {
     service.holds("LAN", "key", value);
     const ended get = run_cfc({"get", "LAN", "key"});
@@ -61,13 +61,13 @@ TEST(GetVerb, prints_the_value_bare) {
 }
 
 TEST(GetVerb, the_longest_value_is_printed_whole) {
-  prompted_service service;
+  scripted_service service;
   service.holds("LAN", "key", string(199, 'v'));
   EXPECT_EQ(run_cfc({"get", "LAN", "key"}).out, line(string(199, 'v')));
 }
 
 TEST(GetVerb, unset_is_never_mistaken_for_empty) {
-  prompted_service service;
+  scripted_service service;
   service.holds("LAN", "empty", "");
   EXPECT_EQ(run_cfc({"get", "LAN", "empty"}).status, 0);
   EXPECT_EQ(complaint_of({"get", "LAN", "none"}, 3),
@@ -80,7 +80,7 @@ TEST(GetVerb, unset_is_never_mistaken_for_empty) {
 }
 
 TEST(GetVerb, typed_values_are_shown_in_their_own_form) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "n", "0x0a");
   service.holds("A", "ip", "010.0.0.5");
   service.holds("A", "neg", "-1");
@@ -97,7 +97,7 @@ TEST(GetVerb, typed_values_are_shown_in_their_own_form) {
 }
 
 TEST(GetVerb, all_98_bytes_of_binary_data_are_read) {
-  prompted_service service;
+  scripted_service service;
   string text;
   for (int i = 0; i < 98; ++i) {
     text += i == 0 ? "ab" : ":ab";
@@ -109,7 +109,7 @@ TEST(GetVerb, all_98_bytes_of_binary_data_are_read) {
 }
 
 TEST(GetVerb, a_stored_text_of_another_type_is_refused_with_the_types_rule) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "word", "abc");
   service.holds("A", "big", "256");
   service.holds("A", "wrap", "4294967296");
@@ -136,7 +136,7 @@ TEST(GetVerb, a_stored_text_of_another_type_is_refused_with_the_types_rule) {
 }
 
 TEST(GetVerb, json_holds_the_value_in_its_own_type) {
-  prompted_service service;
+  scripted_service service;
   service.holds("A", "n", "0x0a");
   service.holds("A", "mac", "0x430c00");
   service.holds("A", "raw", "a\xff");
@@ -152,7 +152,7 @@ TEST(GetVerb, json_holds_the_value_in_its_own_type) {
 }
 
 TEST(GetVerb, json_of_a_failure_has_no_value) {
-  prompted_service service;
+  scripted_service service;
   const ended get = run_cfc({"get", "A", "b", "--json"});
   EXPECT_EQ(get.status, 3);
   EXPECT_EQ(json::parse(get.out),
@@ -165,7 +165,7 @@ TEST(GetVerb, json_of_a_failure_has_no_value) {
 // ---- set ----------------------------------------------------------------------------------------
 
 TEST(SetVerb, sends_the_value_and_prints_nothing) {
-  prompted_service service;
+  scripted_service service;
   service.has_section("A");
   for (const string value : {"10.0.0.5", " two  words ", "-5", "[x,y]", "--json"}) {
     const ended set = run_cfc({"set", "A", "b", value});
@@ -178,7 +178,7 @@ TEST(SetVerb, sends_the_value_and_prints_nothing) {
 }
 
 TEST(SetVerb, typed_values_are_stored_in_the_librarys_form) {
-  prompted_service service;
+  scripted_service service;
   service.has_section("A");
   const auto stored = [&](const char* type, const char* text) {
     EXPECT_EQ(run_cfc({"set", "A", "b", text, "--type", type}).status, 0);
@@ -194,7 +194,7 @@ TEST(SetVerb, typed_values_are_stored_in_the_librarys_form) {
 }
 
 TEST(SetVerb, bad_input_is_refused_before_anything_is_sent) {
-  prompted_service service;
+  scripted_service service;
   service.has_section("A");
   EXPECT_EQ(complaint_of({"set", "A", "b", string(200, 'v')}, 1),
             "cfc: set section \"A\" key \"b\": 204 CFC_ERR_BAD_ARGUMENT: the value has 200 "
@@ -215,7 +215,7 @@ TEST(SetVerb, bad_input_is_refused_before_anything_is_sent) {
 }
 
 TEST(SetVerb, what_the_service_refuses_is_told_as_its_refusal) {
-  prompted_service service;
+  scripted_service service;
   service.answers(1, 204);
   service.answers(2, 208);
   service.answers(3, 250);
@@ -230,7 +230,7 @@ TEST(SetVerb, what_the_service_refuses_is_told_as_its_refusal) {
 // ---- register, flush, defaults ------------------------------------------------------------------
 
 TEST(StoreVerbs, register_flush_and_defaults_ask_for_what_they_say) {
-  prompted_service service;
+  scripted_service service;
   for (const words& command : {words{"register", "MYAPP"}, {"flush"}, {"defaults"}}) {
     const ended run = run_cfc(command);
     EXPECT_EQ(run.status, 0);
@@ -240,7 +240,7 @@ TEST(StoreVerbs, register_flush_and_defaults_ask_for_what_they_say) {
 }
 
 TEST(StoreVerbs, their_failures_are_named) {
-  prompted_service service;
+  scripted_service service;
   service.answers(1, 222);
   service.answers(2, 206);
   service.answers(3, 12);
@@ -276,14 +276,14 @@ TEST(WithoutAService, a_missing_queue_is_told_apart) {
 }
 
 TEST(BrokenService, a_reply_that_is_too_long_is_an_errno_in_words) {
-  prompted_service service;
+  scripted_service service;
   service.answers_too_long(1);
   EXPECT_EQ(complaint_of({"get", "A", "b"}, 1),
             "cfc: get section \"A\" key \"b\": 7: Argument list too long\n");
 }
 
 TEST(BrokenService, a_queue_that_vanishes_ends_the_wait) {
-  prompted_service service;
+  scripted_service service;
   service.before_answer(1, [&] { service.queue().remove_queue(); });
   // EIDRM for a client that waits already, EINVAL for one that is only about to.
   EXPECT_THAT(complaint_of({"get", "A", "b"}, 1),
