@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-/// How a program ended: its exit status, or 128 and the signal that killed it.
+/// How a program ended: its exit status, or minus the signal that killed it.
 struct ended {
   int status = 0;
   std::string out;
