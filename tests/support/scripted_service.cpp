@@ -21,6 +21,7 @@ constexpr std::uint32_t operation_register = 1;
 constexpr std::uint32_t operation_set = 9;
 constexpr std::uint32_t operation_get = 10;
 constexpr std::uint32_t operation_flush = 12;
+constexpr std::uint32_t operation_defaults = 16;
 
 constexpr long request_type = 1;
 constexpr long stop_type = 2;  // no asker's reply type: a process id is at least 1
@@ -71,8 +72,6 @@ bytes reply_with_value(const seen_request& request, std::string_view value) {
   return row(header(request, 0, static_cast<std::uint16_t>(value.size())), names, raw(value));
 }
 
-}  // namespace
-
 std::string in_words(const seen_request& request) {
   switch (request.operation) {
     case operation_get:
@@ -83,10 +82,14 @@ std::string in_words(const seen_request& request) {
       return "register " + request.section;
     case operation_flush:
       return "flush";
-    default:
+    case operation_defaults:
       return "defaults";
+    default:
+      return "operation " + std::to_string(request.operation);
   }
 }
+
+}  // namespace
 
 scripted_service::scripted_service() : thread_{[this] { serve(); }} {}
 

@@ -29,9 +29,6 @@ struct seen_request {
   bool lock_held = false;  // when it was taken off the queue
 };
 
-/// Such as "get LAN LanIPAddr", "set LAN LanIPAddr=10.0.0.1", "register LAN", "flush", "defaults".
-std::string in_words(const seen_request& request);
-
 /// It answers gets and sets out of what it holds, and every other request with 0. A section or key
 /// that it does not hold is answered with 209 or 201, but a set creates the key.
 class scripted_service {
@@ -75,7 +72,8 @@ class scripted_service {
   /// Their keys alone.
   std::vector<std::string> take_keys();
 
-  /// The requests since the last take, in words.
+  /// The requests since the last take, in words: "get LAN LanGw", "set LAN LanGw=10.0.0.1",
+  /// "register LAN", "flush", "defaults".
   std::vector<std::string> requests() const;
 
   /// 1 free, 0 held.
