@@ -475,18 +475,9 @@ TEST(AllOrNothing, a_signal_waits_until_the_batch_is_done) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     scripted_service service;
     service.holds("A", "b", "1");
-    std::optional<started_program> batch;
-    std::mutex started;
-    service.before_answer(2, [&] {
-      const std::lock_guard wait_for_pid{started};
-      batch->send(signal);
-    });
-    {
-      const std::lock_guard lock{started};
-      batch.emplace("cfc", std::vector<string>{"batch", "--all-or-nothing"},
-                    "set A b 2\nset A b 3\n");
-    }
-    EXPECT_EQ(batch->wait().status, -signal);
+    const ended batch = run_cfc_and_signal_it(signal, service, 2, {"batch", "--all-or-nothing"},
+                                              "set A b 2\nset A b 3\n");
+    EXPECT_EQ(batch.status, -signal);
     EXPECT_EQ(service.value("A", "b"), "3");
     EXPECT_EQ(service.queue().lock_value(), 1);
   }

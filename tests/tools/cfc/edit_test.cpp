@@ -6,7 +6,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <mutex>
 #include <optional>
 
 #include "tests/support/files.h"
@@ -70,6 +69,14 @@ class EditOfASection : public testing::Test {
     unsetenv("TMPDIR");
     unsetenv("VISUAL");
     std::filesystem::remove_all(folder_);
+  }
+
+  std::vector<string> names_in_folder() const {
+    std::vector<string> names;
+    for (const auto& each : std::filesystem::directory_iterator{folder_}) {
+      names.push_back(each.path().filename());
+    }
+    return names;
   }
 
   std::filesystem::path folder_;
@@ -150,21 +157,16 @@ TEST_F(EditOfASection, a_set_that_the_service_refuses_is_told_with_its_line) {
   EXPECT_EQ(service_.value("LAN", "LanGw"), "10.0.0.1");
 }
 
-TEST_F(EditOfASection, the_key_that_interrupts_ends_the_program_again_behind_its_editor) {
+TEST_F(EditOfASection, the_keys_that_interrupt_end_the_program_again_behind_its_editor) {
   service_.holds("LAN", "LanGw", "10.0.0.1");
-  std::optional<started_program> edit;
-  std::mutex started;
-  service_.before_answer(7, [&] {
-    const std::lock_guard wait_for_pid{started};
-    edit->send(SIGINT);
-  });
-  {
-    const std::lock_guard lock{started};
-    edit.emplace("cfc", std::vector<string>{"edit", "LAN"});
+  std::size_t last = 0;
+  for (const int signal : {SIGINT, SIGQUIT}) {
+    last += 7;
+    EXPECT_EQ(run_cfc_and_signal_it(signal, service_, last, {"edit", "LAN"}).status, -signal);
+    EXPECT_EQ(service_.requests().size(), last);
+    EXPECT_EQ(service_.value("LAN", "LanGw"), "10.0.0.1");
+    EXPECT_THAT(names_in_folder(), ElementsAre("editor")) << "its file is gone";
   }
-  EXPECT_EQ(edit->wait().status, -SIGINT);
-  EXPECT_EQ(service_.requests().size(), 7U);
-  EXPECT_EQ(service_.value("LAN", "LanGw"), "10.0.0.1");
 }
 
 TEST(ExportedJson, comes_back_as_it_was_also_without_utf8) {

@@ -11,6 +11,8 @@
 #include <csignal>
 #include <cstring>
 #include <fstream>
+#include <mutex>
+#include <optional>
 #include <stdexcept>
 
 #include "tests/support/child.h"
@@ -146,6 +148,21 @@ ended started_program::wait() {
 
 ended run_cfc(std::vector<std::string> words, std::string_view input) {
   return started_program{"cfc", std::move(words), input}.wait();
+}
+
+ended run_cfc_and_signal_it(int signal, scripted_service& service, std::size_t nth,
+                            std::vector<std::string> words, std::string_view input) {
+  std::optional<started_program> cfc;
+  std::mutex starting;
+  service.before_answer(nth, [&] {
+    const std::lock_guard wait_until_it_is_known{starting};
+    cfc->send(signal);
+  });
+  {
+    const std::lock_guard lock{starting};
+    cfc.emplace("cfc", std::move(words), input);
+  }
+  return cfc->wait();
 }
 
 ended run_cfc_on_terminal(std::vector<std::string> words, std::string_view typed) {

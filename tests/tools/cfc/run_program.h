@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "tests/support/scripted_service.h"
+
 /// How a program ended: its exit status, or minus the signal that killed it.
 struct ended {
   int status = 0;
@@ -37,6 +39,10 @@ class started_program {
 };
 
 ended run_cfc(std::vector<std::string> words, std::string_view input = {});
+
+/// Sends it a signal when it has made its n-th request of the service and waits for the answer.
+ended run_cfc_and_signal_it(int signal, scripted_service& service, std::size_t nth,
+                            std::vector<std::string> words, std::string_view input = {});
 
 /// Runs it with a terminal for standard input and standard error. What is typed waits there from
 /// the start; `err` is what the terminal shows, which is not what was typed.

@@ -75,6 +75,24 @@ class CfcSections : public testing::Test {
     return run_cfc_on_terminal({"edit", "LAN"}, answer);
   }
 
+  /// The editor waits for let_editor_go(); then it sets LanGw to 10.0.0.9.
+  static void set_waiting_editor() {
+    std::filesystem::remove(device_root::path("/var/go"));
+    device_root::write("/var/file", "");
+    set_editor("printf %s \"$1\" >" + device_root::path("/var/file").string() + "\nuntil [ -e " +
+               device_root::path("/var/go").string() +
+               " ]; do sleep 0.02; done\nsed -i 's/^LanGw=.*/LanGw=10.0.0.9/' \"$1\"");
+  }
+
+  /// The path of the file in which the waiting editor works; empty when it never starts.
+  static string file_in_editor() {
+    const auto path = [] { return device_root::read("/var/file").value_or(""); };
+    eventually([&] { return path() != ""; });
+    return path();
+  }
+
+  static void let_editor_go() { device_root::write("/var/go", ""); }
+
   static string seen() { return device_root::read("/var/seen").value_or(""); }
 
   std::optional<service_process> service_;
@@ -322,33 +340,39 @@ TEST_F(CfcSections, edit_does_not_ask_without_a_terminal) {
 }
 
 TEST_F(CfcSections, edit_survives_the_keys_that_interrupt_its_editor) {
-  set_editor("touch " + device_root::path("/var/started").string() + "\nuntil [ -e " +
-             device_root::path("/var/go").string() +
-             " ]; do sleep 0.02; done\nsed -i 's/^LanGw=.*/LanGw=10.0.0.9/' \"$1\"");
+  set_waiting_editor();
   started_program edit{"cfc", {"edit", "LAN"}};
-  ASSERT_TRUE(eventually([] { return device_root::exists("/var/started"); }));
+  ASSERT_NE(file_in_editor(), "");
   edit.send(SIGINT);
   edit.send(SIGQUIT);
-  device_root::write("/var/go", "");
+  let_editor_go();
   EXPECT_EQ(edit.wait().status, 0);
   EXPECT_EQ(value("LAN", "LanGw"), "10.0.0.9\n");
 }
 
 TEST_F(CfcSections, edit_that_a_signal_ends_leaves_no_file) {
   for (const int signal : {SIGHUP, SIGTERM}) {
-    std::filesystem::remove(device_root::path("/var/go"));
-    device_root::write("/var/file", "");
-    set_editor("printf %s \"$1\" >" + device_root::path("/var/file").string() + "\nuntil [ -e " +
-               device_root::path("/var/go").string() + " ]; do sleep 0.02; done");
+    set_waiting_editor();
     started_program edit{"cfc", {"edit", "LAN"}};
-    ASSERT_TRUE(eventually([] { return device_root::read("/var/file") != ""; }));
-    const string file = device_root::read("/var/file").value_or("");
+    const string file = file_in_editor();
     EXPECT_TRUE(std::filesystem::exists(file)) << file;
     edit.send(signal);
     EXPECT_EQ(edit.wait().status, -signal);
     EXPECT_FALSE(std::filesystem::exists(file)) << file;
-    device_root::write("/var/go", "");
+    let_editor_go();
   }
+}
+
+TEST_F(CfcSections, edit_survives_a_signal_that_it_was_started_to_ignore) {
+  set_waiting_editor();
+  const auto before = std::signal(SIGHUP, SIG_IGN);  // as nohup does
+  started_program edit{"cfc", {"edit", "LAN"}};
+  std::signal(SIGHUP, before);
+  ASSERT_NE(file_in_editor(), "");
+  edit.send(SIGHUP);
+  let_editor_go();
+  EXPECT_EQ(edit.wait().status, 0);
+  EXPECT_EQ(value("LAN", "LanGw"), "10.0.0.9\n");
 }
 
 TEST_F(CfcSections, the_editor_itself_can_be_interrupted) {
