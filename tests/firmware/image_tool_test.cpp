@@ -5,7 +5,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "firmware/image_check.h"
@@ -25,26 +24,16 @@ class ImageTool : public testing::Test {
     if (std::system("command -v mkimage >/dev/null 2>&1") != 0) {
       GTEST_SKIP() << "mkimage is not installed (Debian's u-boot-tools)";
     }
-    std::string name = (fs::temp_directory_path() / "image-tool-XXXXXX").string();
-    ASSERT_NE(mkdtemp(name.data()), nullptr);
-    folder_ = name;
-  }
-  void TearDown() override {
-    if (!folder_.empty()) {
-      fs::remove_all(folder_);
-    }
   }
 
   fs::path file(const std::string& name, const bytes& contents) const {
-    std::ofstream{folder_ / name, std::ios::binary}.write(
-        reinterpret_cast<const char*>(contents.data()),
-        static_cast<std::streamsize>(contents.size()));
-    return folder_ / name;
+    files::write(folder_.path() / name, std::string{contents.begin(), contents.end()});
+    return folder_.path() / name;
   }
 
   /// What the tool makes of some options.
   bytes made_with(const std::string& options) const {
-    const fs::path out = folder_ / "out";
+    const fs::path out = folder_.path() / "out";
     const std::string command =
         "SOURCE_DATE_EPOCH=1234567890 mkimage " + options + " " + out.string() + " >/dev/null 2>&1";
     EXPECT_EQ(std::system(command.c_str()), 0) << command;
@@ -55,7 +44,7 @@ class ImageTool : public testing::Test {
   flash device;
 
  private:
-  fs::path folder_;
+  files::temporary_folder folder_;
 };
 
 const bytes contents = some_bytes(1001);

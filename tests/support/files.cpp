@@ -1,5 +1,6 @@
 #include "tests/support/files.h"
 
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -27,6 +28,19 @@ std::string text_of(const std::string& path) {
     throw std::runtime_error("nothing in " + path);
   }
   return text;
+}
+
+temporary_folder::temporary_folder(const std::filesystem::path& parent) {
+  std::string name = parent / "test-XXXXXX";
+  if (mkdtemp(name.data()) == nullptr) {
+    throw std::runtime_error("cannot make " + name);
+  }
+  path_ = name;
+}
+
+temporary_folder::~temporary_folder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
 }
 
 }  // namespace files

@@ -11,7 +11,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <iterator>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -62,22 +61,10 @@ inline const std::string& scratch_folder() {
 
 class flash_files {
  public:
-  flash_files() {
-    namespace fs = std::filesystem;
-    std::string name = scratch_folder() + "/flash-XXXXXX";
-    if (mkdtemp(name.data()) == nullptr) {
-      throw std::runtime_error("cannot make " + name);
-    }
-    top = name;
-    root = top + "/device";
-    input = top + "/input";
-    output = top + "/output";
-    fs::create_directory(root);
-  }
+  flash_files() { std::filesystem::create_directory(root); }
   ~flash_files() {
     faults::reset();
     faults::note_effects(nullptr);
-    std::filesystem::remove_all(top);
   }
   flash_files(const flash_files&) = delete;
   flash_files& operator=(const flash_files&) = delete;
@@ -122,10 +109,14 @@ class flash_files {
     files::write(slot(i), bytes);
   }
 
-  std::string top;
-  std::string root;
-  std::string input;
-  std::string output;
+ private:
+  files::temporary_folder all_{scratch_folder()};
+
+ public:
+  const std::string top = all_.path();
+  const std::string root = top + "/device";
+  std::string input = top + "/input";
+  std::string output = top + "/output";
   proreflax::remark why;
 };
 

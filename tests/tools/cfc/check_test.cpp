@@ -2,12 +2,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "store/ini_text.h"
+#include "tests/support/files.h"
 #include "tests/tools/cfc/run_program.h"
 
 using namespace cfc;
@@ -89,11 +88,8 @@ const line_row line_rows[] = {
 
 /// The loader's verdict on a text.
 std::uint32_t loads(const string& text) {
-  const string path = testing::TempDir() + "cfc-check-" + std::to_string(getpid());
-  std::ofstream{path, std::ios::binary} << text;
-  const std::uint32_t result = proreflax::config_load_file(path.c_str());
-  unlink(path.c_str());
-  return result;
+  const files::temporary_file file{text};
+  return proreflax::config_load_file(file.path().c_str());
 }
 
 }  // namespace

@@ -59,27 +59,25 @@ string only_set_of(const edited_text& edited) {
 class EditOfASection : public testing::Test {
  protected:
   EditOfASection() {
-    string folder = testing::TempDir() + "cfc-edit-XXXXXX";
-    folder_ = mkdtemp(folder.data());
-    files::write(folder_ / "editor", "echo LanGw=10.0.0.9 >\"$1\"\n");
-    setenv("VISUAL", ("/bin/sh " + (folder_ / "editor").string()).c_str(), 1);
-    setenv("TMPDIR", folder_.c_str(), 1);
+    const string editor = folder_.path() / "editor";
+    files::write(editor, "echo LanGw=10.0.0.9 >\"$1\"\n");
+    setenv("VISUAL", ("/bin/sh " + editor).c_str(), 1);
+    setenv("TMPDIR", folder_.path().c_str(), 1);
   }
   ~EditOfASection() override {
     unsetenv("TMPDIR");
     unsetenv("VISUAL");
-    std::filesystem::remove_all(folder_);
   }
 
   std::vector<string> names_in_folder() const {
     std::vector<string> names;
-    for (const auto& each : std::filesystem::directory_iterator{folder_}) {
+    for (const auto& each : std::filesystem::directory_iterator{folder_.path()}) {
       names.push_back(each.path().filename());
     }
     return names;
   }
 
-  std::filesystem::path folder_;
+  files::temporary_folder folder_;
   scripted_service service_;
 };
 

@@ -3,9 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <fstream>
-
+#include "tests/support/files.h"
 #include "tests/support/scripted_service.h"
 #include "tests/tools/cfc/run_program.h"
 
@@ -25,24 +23,6 @@ string percent(int number) {
   return in_place("cfc: import: " + std::to_string(number) + " %");
 }
 
-/// A configuration text in a file, so that standard input is left to the terminal.
-class file_to_import {
- public:
-  explicit file_to_import(const string& text) {
-    const int file = mkstemp(path_.data());
-    close(file);
-    std::ofstream{path_} << text;
-  }
-  ~file_to_import() { unlink(path_.c_str()); }
-  file_to_import(const file_to_import&) = delete;
-  file_to_import& operator=(const file_to_import&) = delete;
-
-  const string& path() const { return path_; }
-
- private:
-  string path_ = testing::TempDir() + "import-XXXXXX";
-};
-
 string section_of(int entries) {
   string text = "[A]\n";
   for (int i = 0; i < entries; ++i) {
@@ -56,7 +36,7 @@ string section_of(int entries) {
 TEST(ImportOnATerminal, tells_each_per_cent_once_on_one_line_and_clears_it) {
   scripted_service service;
   service.has_section("A");
-  const file_to_import text{section_of(150)};  // 300 requests: three a per cent
+  const files::temporary_file text{section_of(150)};  // 300 requests: three a per cent
   const ended import = run_cfc_on_terminal({"import", text.path()});
   EXPECT_EQ(import.status, 0) << import.err;
   EXPECT_EQ(import.out, "");
@@ -71,7 +51,8 @@ TEST(ImportOnATerminal, tells_each_per_cent_once_on_one_line_and_clears_it) {
 TEST(ImportOnATerminal, counts_what_is_read_and_what_is_set) {
   scripted_service service;
   service.has_section("A");
-  const file_to_import text{"[A]\nkey=1\nother=2\nkey=3\n"};  // a key's old value is read once
+  const files::temporary_file text{
+      "[A]\nkey=1\nother=2\nkey=3\n"};  // a key's old value is read once
   EXPECT_EQ(run_cfc_on_terminal({"import", text.path()}).err,
             percent(0) + percent(16) + percent(33) + percent(50) + percent(66) + percent(83) +
                 in_place(""));
@@ -82,7 +63,7 @@ TEST(ImportOnATerminal, clears_its_line_before_it_complains) {
   service.holds("A", "key", "old");
   service.holds("A", "other", "old");
   service.answers(4, 208);
-  const file_to_import text{"[A]\nkey=1\nother=2\n"};
+  const files::temporary_file text{"[A]\nkey=1\nother=2\n"};
   const ended import = run_cfc_on_terminal({"import", text.path()});
   EXPECT_EQ(import.status, 1);
   EXPECT_THAT(import.err, StartsWith(percent(0) + percent(25) + percent(50) + percent(75) +

@@ -1,36 +1,16 @@
 #include "tools/cfc/line_reader.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <fstream>
+#include "tests/support/files.h"
 
 using cfc::line_reader;
 using std::string;
 
-namespace {
-
-/// A file of the test's own, gone with it.
-class text_file {
- public:
-  explicit text_file(const string& content)
-      : path_{testing::TempDir() + "cfc-lines-" + std::to_string(getpid())} {
-    std::ofstream{path_, std::ios::binary} << content;
-  }
-  ~text_file() { unlink(path_.c_str()); }
-  text_file(const text_file&) = delete;
-  text_file& operator=(const text_file&) = delete;
-
-  const string& path() const { return path_; }
-
- private:
-  string path_;
-};
-
-}  // namespace
+namespace {}  // namespace
 
 TEST(LineReader, gives_lines_with_their_numbers_and_line_feeds) {
-  const text_file file{"one\n\nthree"};
+  const files::temporary_file file{"one\n\nthree"};
   line_reader lines{file.path()};
   for (const string& expected : {string{"one\n"}, string{"\n"}, string{"three"}}) {
     const auto line = lines.next();
@@ -44,7 +24,7 @@ TEST(LineReader, gives_lines_with_their_numbers_and_line_feeds) {
 TEST(LineReader, takes_nul_bytes_and_lines_longer_than_its_buffer_as_they_are) {
   const string nul{"a\0b\n", 4};
   const string longest = string(line_reader::longest_line - 1, 'x') + '\n';
-  const text_file file{nul + longest};
+  const files::temporary_file file{nul + longest};
   line_reader lines{file.path()};
   EXPECT_EQ(lines.next()->text, nul);
   const auto second = lines.next();
@@ -54,7 +34,7 @@ TEST(LineReader, takes_nul_bytes_and_lines_longer_than_its_buffer_as_they_are) {
 }
 
 TEST(LineReader, an_empty_file_has_no_lines) {
-  const text_file file{""};
+  const files::temporary_file file{""};
   line_reader lines{file.path()};
   EXPECT_FALSE(lines.next());
   EXPECT_EQ(lines.failure(), "");
