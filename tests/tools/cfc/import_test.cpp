@@ -89,30 +89,20 @@ TEST(ImportedText, is_json_when_a_brace_is_the_first_that_is_no_blank) {
   EXPECT_EQ(service.value("A", "key"), "v");
 }
 
-TEST(ImportedText, is_refused_as_a_whole_when_it_has_no_header) {
-  const ended import = run_cfc({"import", "-"}, "");
-  EXPECT_EQ(import.status, 1);
-  EXPECT_EQ(import.err,
-            "stdin: the text holds no section header\n"
-            "cfc: import: stdin: nothing was changed\n");
-}
-
-TEST(ImportedText, that_begins_with_neither_brace_nor_bracket_is_judged_as_ini) {
-  const ended import = run_cfc({"import", "-"}, "key=v\n[A]\n");
-  EXPECT_EQ(import.status, 1);
-  EXPECT_EQ(import.err,
-            "stdin:1: the entry stands in front of the first section header\n"
-            "cfc: import: stdin: nothing was changed\n");
-}
-
-TEST(ImportedText, is_refused_as_a_whole_when_it_is_no_export) {
+TEST(ImportedText, is_refused_as_a_whole_before_anything_is_sent) {
   scripted_service service;
   service.has_section("A");
-  const ended import = run_cfc({"import", "-"}, "{\"A\": {\"key\": \"v\"}, \"B\": 1}");
-  EXPECT_EQ(import.status, 1);
-  EXPECT_EQ(import.err,
-            "stdin: section \"B\" is no object of keys and values\n"
-            "cfc: import: stdin: nothing was changed\n");
+  const std::pair<const char*, string> rows[] = {
+      {"", "stdin: the text holds no section header"},
+      // Neither brace nor bracket: it is judged as INI.
+      {"key=v\n[A]\n", "stdin:1: the entry stands in front of the first section header"},
+      {R"({"A": {"key": "v"}, "B": 1})", "stdin: section \"B\" is no object of keys and values"},
+  };
+  for (const auto& [text, complaint] : rows) {
+    const ended import = run_cfc({"import", "-"}, text);
+    EXPECT_EQ(import.status, 1) << text;
+    EXPECT_EQ(import.err, line(complaint) + "cfc: import: stdin: nothing was changed\n");
+  }
   EXPECT_THAT(service.requests(), IsEmpty());
 }
 
