@@ -98,7 +98,7 @@ class pseudo_terminal {
   int programs_end() const { return programs_end_; }
 
   /// What a program has shown that has ended; a terminal keeps many thousand bytes unread. The
-  /// programs' end is still open: a reader who learns of the end by its closing loses, now and then,
+  /// programs' end is still open: a reader who learns of the end by its closing now and then loses
   /// what was written just before it.
   std::string shown() const {
     std::string all;
