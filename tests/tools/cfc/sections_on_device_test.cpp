@@ -75,13 +75,15 @@ class CfcSections : public testing::Test {
     return run_cfc_on_terminal({"edit", "LAN"}, answer);
   }
 
-  /// The editor waits for let_editor_go(); then it sets LanGw to 10.0.0.9.
+  /// The editor waits for end_editor(); then it sets LanGw to 10.0.0.9.
   static void set_waiting_editor() {
     std::filesystem::remove(device_root::path("/var/go"));
+    std::filesystem::remove(device_root::path("/var/ended"));
     device_root::write("/var/file", "");
     set_editor("printf %s \"$1\" >" + device_root::path("/var/file").string() + "\nuntil [ -e " +
                device_root::path("/var/go").string() +
-               " ]; do sleep 0.02; done\nsed -i 's/^LanGw=.*/LanGw=10.0.0.9/' \"$1\"");
+               " ]; do sleep 0.02; done\nsed -i 's/^LanGw=.*/LanGw=10.0.0.9/' \"$1\"\ntouch " +
+               device_root::path("/var/ended").string());
   }
 
   /// The path of the file in which the waiting editor works; empty when it never starts.
@@ -91,7 +93,11 @@ class CfcSections : public testing::Test {
     return path();
   }
 
-  static void let_editor_go() { device_root::write("/var/go", ""); }
+  /// Returns when it has seen the word: whoever started it may be gone, and it would wait for ever.
+  static void end_editor() {
+    device_root::write("/var/go", "");
+    EXPECT_TRUE(eventually([] { return device_root::exists("/var/ended"); }));
+  }
 
   static string seen() { return device_root::read("/var/seen").value_or(""); }
 
@@ -345,7 +351,7 @@ TEST_F(CfcSections, edit_survives_the_keys_that_interrupt_its_editor) {
   ASSERT_NE(file_in_editor(), "");
   edit.send(SIGINT);
   edit.send(SIGQUIT);
-  let_editor_go();
+  end_editor();
   EXPECT_EQ(edit.wait().status, 0);
   EXPECT_EQ(value("LAN", "LanGw"), "10.0.0.9\n");
 }
@@ -359,7 +365,7 @@ TEST_F(CfcSections, edit_that_a_signal_ends_leaves_no_file) {
     edit.send(signal);
     EXPECT_EQ(edit.wait().status, -signal);
     EXPECT_FALSE(std::filesystem::exists(file)) << file;
-    let_editor_go();
+    end_editor();
   }
 }
 
@@ -370,7 +376,7 @@ TEST_F(CfcSections, edit_survives_a_signal_that_it_was_started_to_ignore) {
   std::signal(SIGHUP, before);
   ASSERT_NE(file_in_editor(), "");
   edit.send(SIGHUP);
-  let_editor_go();
+  end_editor();
   EXPECT_EQ(edit.wait().status, 0);
   EXPECT_EQ(value("LAN", "LanGw"), "10.0.0.9\n");
 }
