@@ -31,6 +31,11 @@ struct slot {
   bool whole() const { return fault == nullptr; }
 };
 
+/// Whether a slot holds no text for another reason than damage.
+bool was_never_saved(const slot& each) {
+  return each.fault == missing || each.fault == unfinished;
+}
+
 /// Errors that speak of the slot and not of this run. A slot whose medium fails is as broken as one
 /// with a wrong checksum, and the other slot is there for both.
 bool condemns_slot(int error) {
@@ -149,7 +154,10 @@ class flash {
   [[nodiscard]] bool open_to_write(remark& why);
 
   [[nodiscard]] bool save(const open_file& text, std::uint32_t length, remark& why) const;
-  [[nodiscard]] bool copy_into(const char* file, remark& why) const;
+  [[nodiscard]] bool copy_into(const char* file, remark& why);
+
+  /// Whether an operation failed because no save was ever completed.
+  bool is_empty() const { return is_empty_; }
 
  private:
   bool enter_root(remark& why);
@@ -160,7 +168,7 @@ class flash {
   const slot* newest() const;
   bool holds(const slot& each, const open_file& text, std::uint32_t length, remark& why) const;
   bool fill(const open_file& target, slot_header header, const open_file& text, remark& why) const;
-  bool report_no_slot(remark& why) const;
+  bool report_no_slot(remark& why);
   void mention_broken(remark& why) const;
 
   const char* root_;
@@ -170,6 +178,7 @@ class flash {
   open_file folder_{folder_path_.text()};
   slot slots_[2] = {{flash_slot_names[0], open_file{slot_paths_[0].text()}},
                     {flash_slot_names[1], open_file{slot_paths_[1].text()}}};
+  bool is_empty_ = false;
 };
 
 bool flash::enter_root(remark& why) {
@@ -282,7 +291,8 @@ bool flash::fill(const open_file& target, slot_header header, const open_file& t
   return target.write_at(0, row.data(), row.size(), why) && target.sync(why);
 }
 
-bool flash::report_no_slot(remark& why) const {
+bool flash::report_no_slot(remark& why) {
+  is_empty_ = was_never_saved(slots_[0]) && was_never_saved(slots_[1]);
   char reason[200];
   std::snprintf(reason, sizeof reason, "nothing to read (%s: %s, %s: %s)", slots_[0].name,
                 slots_[0].fault, slots_[1].name, slots_[1].fault);
@@ -291,7 +301,7 @@ bool flash::report_no_slot(remark& why) const {
 
 void flash::mention_broken(remark& why) const {
   for (const slot& each : slots_) {
-    if (!each.whole() && each.fault != missing && each.fault != unfinished) {
+    if (!each.whole() && !was_never_saved(each)) {
       char reason[200];
       std::snprintf(reason, sizeof reason, "%s; the other slot was read", each.fault);
       why.about(each.file.path(), reason);
@@ -299,7 +309,7 @@ void flash::mention_broken(remark& why) const {
   }
 }
 
-bool flash::copy_into(const char* file, remark& why) const {
+bool flash::copy_into(const char* file, remark& why) {
   const slot* const current = newest();
   if (current == nullptr) {
     return report_no_slot(why);
@@ -329,9 +339,12 @@ bool write_flash(const char* device_root, const char* file, remark& why) {
          device.save(text, length, why);
 }
 
-bool read_flash(const char* device_root, const char* file, remark& why) {
+flash_read read_flash(const char* device_root, const char* file, remark& why) {
   flash device{device_root};
-  return device.open_to_read(why) && device.copy_into(file, why);
+  if (device.open_to_read(why) && device.copy_into(file, why)) {
+    return flash_read::done;
+  }
+  return device.is_empty() ? flash_read::nothing_saved : flash_read::failed;
 }
 
 }  // namespace proreflax

@@ -25,11 +25,14 @@ inline constexpr const char* flash_slot_names[] = {"slot0", "slot1"};
 /// False: the text saved before still is, and `why` says what is wrong.
 [[nodiscard]] bool write_flash(const char* device_root, const char* file, remark& why);
 
+enum class flash_read : unsigned char { done, nothing_saved, failed };
+
 /// Copies the saved text into `file`, which its owner alone can read. `file` is replaced whole or
 /// not at all; something that is there and is not a regular file is left alone.
-/// False: `file` is as it was, and `why` says what is wrong. True with a remark: a slot is broken,
-/// and the text is the other one's.
-[[nodiscard]] bool read_flash(const char* device_root, const char* file, remark& why);
+/// Unless done, `file` is unchanged, and `why` says what is wrong. Nothing was saved where no save
+/// was ever completed; a damaged slot is a failure. Done with a remark: a slot is broken, and the
+/// text is the other one's.
+[[nodiscard]] flash_read read_flash(const char* device_root, const char* file, remark& why);
 
 }  // namespace proreflax
 

@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "store/standard_descriptors.h"
 #include "tools/flash_slots.h"
 
 namespace {
@@ -9,6 +10,7 @@ namespace {
 constexpr int exit_done = 0;
 constexpr int exit_failed = 1;
 constexpr int exit_wrong_usage = 2;
+constexpr int exit_nothing_saved = 3;
 
 constexpr char help[] =
     "Usage: writeflash -r FILE    copy the saved configuration from flash into FILE\n"
@@ -16,7 +18,8 @@ constexpr char help[] =
     "       writeflash --help     show this text\n"
     "       writeflash --version  show the version\n"
     "\n"
-    "Exit status: 0 done, 1 failed (standard error says why), 2 wrong usage.\n";
+    "Exit status: 0 done, 1 failed (standard error says why), 2 wrong usage, 3 nothing was saved\n"
+    "yet (-r).\n";
 
 bool is(const char* argument, const char* text) {
   return std::strcmp(argument, text) == 0;
@@ -35,19 +38,38 @@ int refuse(const char* what, const char* argument) {
   return exit_wrong_usage;
 }
 
+int status_of(proreflax::flash_read result) {
+  switch (result) {
+    case proreflax::flash_read::done:
+      return exit_done;
+    case proreflax::flash_read::nothing_saved:
+      return exit_nothing_saved;
+    case proreflax::flash_read::failed:
+      break;
+  }
+  return exit_failed;
+}
+
 int copy(bool write, const char* file) {
   proreflax::remark why;
-  const bool done = write ? proreflax::write_flash(PROREFLAX_DEVICE_ROOT, file, why)
-                          : proreflax::read_flash(PROREFLAX_DEVICE_ROOT, file, why);
+  int status = exit_failed;
+  if (!write) {
+    status = status_of(proreflax::read_flash(PROREFLAX_DEVICE_ROOT, file, why));
+  } else if (proreflax::write_flash(PROREFLAX_DEVICE_ROOT, file, why)) {
+    status = exit_done;
+  }
   if (why.text()[0] != '\0') {
     std::fprintf(stderr, "writeflash: %s\n", why.text());
   }
-  return done ? exit_done : exit_failed;
+  return status;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (!proreflax::open_standard_descriptors()) {
+    return exit_failed;
+  }
   if (argc < 2) {
     return refuse("-r FILE or -w FILE is wanted", "");
   }

@@ -84,7 +84,7 @@ class flash_files {
 
   bool read_into_output() {
     why = {};
-    return proreflax::read_flash(root.c_str(), output.c_str(), why);
+    return proreflax::read_flash(root.c_str(), output.c_str(), why) == proreflax::flash_read::done;
   }
 
   /// The saved text; none when the read failed.

@@ -71,8 +71,8 @@ class Writeflash : public testing::Test, protected flash_files {
     EXPECT_EQ(result.err, "");
   }
 
-  void expect_failure(const outcome& result, const std::string& line) {
-    EXPECT_EQ(result.status, 1);
+  void expect_failure(const outcome& result, const std::string& line, int status = 1) {
+    EXPECT_EQ(result.status, status);
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(result.err, "writeflash: " + line + "\n");
   }
@@ -90,10 +90,34 @@ TEST_F(Writeflash, saves_and_reads_in_silence) {
   EXPECT_EQ(mode_of(fs::path{device_slot(0)}.parent_path()), 0700U);
 }
 
-TEST_F(Writeflash, with_nothing_saved_a_read_exits_with_1) {
-  expect_failure(run({"-r", output}), device_root::path("/var/lib/proreflax").string() +
-                                          ": nothing to read (slot0: missing, slot1: missing)");
+TEST_F(Writeflash, with_nothing_saved_a_read_exits_with_3) {
+  const std::string folder = device_root::path("/var/lib/proreflax");
+  expect_failure(run({"-r", output}), folder + ": nothing to read (slot0: missing, slot1: missing)",
+                 3);
   EXPECT_FALSE(fs::exists(output));
+  fs::create_directories(folder);
+  files::write(device_slot(1), "");
+  expect_failure(run({"-r", output}),
+                 folder + ": nothing to read (slot0: missing, slot1: unfinished)", 3);
+}
+
+TEST_F(Writeflash, with_every_slot_damaged_or_out_of_reach_a_read_exits_with_1) {
+  const std::string folder = device_root::path("/var/lib/proreflax");
+  fs::create_directories(folder);
+  files::write(device_slot(0), "damaged");
+  expect_failure(run({"-r", output}), folder +
+                                          ": nothing to read (slot0: shorter than a header, "
+                                          "slot1: missing)");
+  fs::remove_all(folder);
+  files::write(folder, "no folder");
+  expect_failure(run({"-r", output}), folder + ": Not a directory");
+}
+
+TEST_F(Writeflash, a_copy_that_finds_no_place_exits_with_1_though_something_is_saved) {
+  files::write(input, "[LAN]\n");
+  expect_silence(run({"-w", input}));
+  const std::string nowhere = top + "/nowhere/copy";
+  expect_failure(run({"-r", nowhere}), nowhere + ": No such file or directory");
 }
 
 TEST_F(Writeflash, a_file_that_is_missing_exits_with_1) {
