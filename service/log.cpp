@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
@@ -14,9 +15,18 @@ namespace {
 constexpr const char* level_names[] = {"error", "warning", "info", "debug"};
 
 log_level most_shown = log_level::info;
+unsigned long dropped_lines;
 
 const char* name_of(log_level level) {
   return level_names[static_cast<std::size_t>(level)];
+}
+
+/// One write, so that lines of several processes do not mix. False when there is no room; a log that
+/// cannot be written at all is no reason to count.
+bool write_line(log_level level, const char* text) {
+  char line[440];
+  std::snprintf(line, sizeof line, "config-center: %s: %s\n", name_of(level), text);
+  return write(STDERR_FILENO, line, std::strlen(line)) >= 0 || errno != EAGAIN;
 }
 
 }  // namespace
@@ -35,6 +45,17 @@ bool read_log_level(const char* name, log_level* level) {
   return false;
 }
 
+void log_dropped_lines() {
+  if (dropped_lines == 0) {
+    return;
+  }
+  char text[80];
+  std::snprintf(text, sizeof text, "%lu log lines were dropped: nobody read them", dropped_lines);
+  if (write_line(log_level::warning, text)) {
+    dropped_lines = 0;
+  }
+}
+
 void log_line(log_level level, const char* format, ...) {
   if (level > most_shown) {
     return;
@@ -45,12 +66,9 @@ void log_line(log_level level, const char* format, ...) {
   // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the line above is not understood
   std::vsnprintf(text, sizeof text, format, arguments);
   va_end(arguments);
-  char line[sizeof text + 40];
-  std::snprintf(line, sizeof line, "config-center: %s: %s\n", name_of(level), text);
-  // One write, so that lines of several processes do not mix. A log that nobody takes is no reason
-  // to stop.
-  if (write(STDERR_FILENO, line, std::strlen(line)) < 0) {
-    return;
+  log_dropped_lines();
+  if (dropped_lines > 0 || !write_line(level, text)) {
+    ++dropped_lines;
   }
 }
 

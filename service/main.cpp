@@ -1,42 +1,32 @@
 // config-center: the configuration-center service.
 //
 // Owns the store and answers every program of the device, one request at a time. Runs in the
-// foreground; SIGTERM, SIGINT and SIGHUP end it: what was set is flushed, lock and queue go.
-#include <getopt.h>
-#include <grp.h>
+// foreground; SIGTERM, SIGINT, SIGQUIT and SIGHUP end it: what was set is flushed, lock and queue are removed.
 #include <proreflax/store.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
+#include "service/configuration.h"
+#include "service/flash_tool.h"
+#include "service/inherited_state.h"
 #include "service/log.h"
+#include "service/options.h"
 #include "service/ready_notice.h"
 #include "service/reply.h"
 #include "service/request_channel.h"
-#include "store/paths.h"
+#include "service/state_directory.h"
+#include "store/standard_descriptors.h"
 
 namespace proreflax {
 namespace {
 
 constexpr int exit_failed = 1;
-constexpr int exit_usage = 2;
-
-constexpr char usage[] =
-    "Usage: config-center [OPTION...]\n"
-    "Owns the device's configuration and answers its programs, in the foreground.\n"
-    "\n"
-    "  --mode MODE        permissions of lock and queue, octal (default 0600)\n"
-    "  --group GROUP      group of lock and queue, by name or number\n"
-    "  --log-level LEVEL  error, warning, info (default) or debug\n"
-    "  --help             show this text and exit\n"
-    "  --version          show the version and exit\n"
-    "\n"
-    "SIGTERM, SIGINT and SIGHUP end it: what was set is written to flash, lock and queue are\n"
-    "removed. Exit status: 0 ended by a signal; 1 failed; 2 wrong usage.\n";
 
 volatile sig_atomic_t stop_signal;
 volatile sig_atomic_t timer_came;
@@ -45,7 +35,7 @@ void on_stop(int signal) {
   stop_signal = signal;
 }
 
-void on_timer(int) {
+void on_timer(int /*signal*/) {
   timer_came = 1;
 }
 
@@ -58,120 +48,74 @@ void handle(int signal, void (*handler)(int)) {
   sigaction(signal, &action, nullptr);
 }
 
-bool read_mode(const char* text, mode_t* mode) {
-  char* end = nullptr;
-  const unsigned long number = std::strtoul(text, &end, 8);
-  if (*text < '0' || *text > '7' || *end != '\0' || number > 0666) {
-    return false;
-  }
-  *mode = static_cast<mode_t>(number);
-  return true;
+void handle_signals() {
+  reset_signals();
+  handle(SIGTERM, on_stop);
+  handle(SIGINT, on_stop);
+  handle(SIGHUP, on_stop);
+  handle(SIGQUIT, on_stop);
+  handle(SIGALRM, on_timer);
+  handle(SIGPIPE, SIG_IGN);
+  watch_children();
 }
 
-bool read_group(const char* text, permissions* allowed) {
-  if (const group* const found = getgrnam(text); found != nullptr) {
-    allowed->group = found->gr_gid;
-  } else {
-    char* end = nullptr;
-    errno = 0;
-    const unsigned long number = std::strtoul(text, &end, 10);
-    allowed->group = static_cast<gid_t>(number);
-    if (*text < '0' || *text > '9' || *end != '\0' || errno != 0 || allowed->group != number) {
-      return false;
-    }
-  }
-  allowed->has_group = true;
-  return true;
-}
-
-[[noreturn]] void refuse(const char* what, const char* text, const char* rule) {
-  std::fprintf(stderr, "config-center: %s \"%s\": %s\n", what, text, rule);
-  std::exit(exit_usage);
-}
-
-void read_option(int option, permissions* allowed) {
-  log_level level{};
-  switch (option) {
-    case 'm':
-      if (!read_mode(optarg, &allowed->mode)) {
-        refuse("--mode", optarg, "not an octal number from 0 to 0666");
-      }
-      return;
-    case 'g':
-      if (!read_group(optarg, allowed)) {
-        refuse("--group", optarg, "no such group");
-      }
-      return;
-    case 'l':
-      if (!read_log_level(optarg, &level)) {
-        refuse("--log-level", optarg, "not error, warning, info or debug");
-      }
-      set_log_level(level);
-      return;
-    case 'h':
-      std::fputs(usage, stdout);
-      std::exit(EXIT_SUCCESS);
-    case 'v':
-      std::puts("config-center " PROREFLAX_VERSION);
-      std::exit(EXIT_SUCCESS);
-    default:
-      std::fputs("config-center: see config-center --help\n", stderr);
-      std::exit(exit_usage);
-  }
-}
-
-permissions read_command_line(int argc, char** argv) {
-  static constexpr option options[] = {
-      {"mode", required_argument, nullptr, 'm'},      {"group", required_argument, nullptr, 'g'},
-      {"log-level", required_argument, nullptr, 'l'}, {"help", no_argument, nullptr, 'h'},
-      {"version", no_argument, nullptr, 'v'},         {}};
-  permissions allowed;
-  for (int found = 0; (found = getopt_long(argc, argv, "", options, nullptr)) != -1;) {
-    read_option(found, &allowed);
-  }
-  if (optind < argc) {
-    refuse("argument", argv[optind], "config-center takes options only");
-  }
-  return allowed;
-}
+/// Everything that a request needs.
+struct service {
+  request_channel channel;
+  configuration served;
+  state_directory state;
+};
 
 const char* name_of(effect before) {
   return before == effect::flush ? "flush" : "reset to defaults";
 }
 
-void carry_out(effect before, reply* answer) {
+void execute(effect before, service& self, reply* answer) {
   if (before == effect::none) {
     return;
   }
-  const std::uint32_t result = before == effect::flush ? cfc_flush_all() : config_to_default();
+  const std::uint32_t result = before == effect::flush ? self.served.flush() : self.served.reset();
   set_result(*answer, result);
   log_line(result == CFC_OK ? log_level::info : log_level::error, "%s: result %u", name_of(before),
            result);
+  self.state.write_status(self.served);
 }
 
-void serve(request_channel& channel, const incoming& request) {
+void serve(service& self, const incoming& request) {
   reply answer = make_reply(request.text, request.length);
   if (answer.type == 0) {
     log_line(log_level::warning, "a message of %zu bytes names nobody to answer; dropped",
              request.length);
     return;
   }
-  carry_out(answer.before, &answer);
-  log_line(log_level::debug, "asker %ld: %zu bytes, result %u", answer.type - reply_type_bias,
+  execute(answer.before, self, &answer);
+  log_line(log_level::debug, "client %ld: %zu bytes, result %u", answer.type - reply_type_bias,
            request.length, result_of(answer));
-  if (!channel.send(answer)) {
+  if (!self.channel.send(answer)) {
     log_line(log_level::error, "no reply to process %ld: %s", answer.type - reply_type_bias,
              std::strerror(errno));
   }
 }
 
-/// Serves until a signal ends it, or lock and queue are lost.
-bool serve_all(request_channel& channel) {
+/// What is due once a second at least. False when the lock is lost.
+bool tick(service& self) {
+  timer_came = 0;
+  self.channel.sweep();
+  log_dropped_lines();
+  if (!self.channel.has_lock()) {
+    log_line(log_level::error, "the access lock is gone: %s", std::strerror(errno));
+    return false;
+  }
+  return true;
+}
+
+/// Serves until a signal ends it, or lock or queue are lost.
+bool serve_all(service& self) {
   incoming request;
   while (stop_signal == 0) {
-    switch (channel.next(&request)) {
+    switch (self.channel.next(&request)) {
       case request_channel::wait_result::request:
-        serve(channel, request);
+        serve(self, request);
         break;
       case request_channel::wait_result::interrupted:
         break;
@@ -179,30 +123,37 @@ bool serve_all(request_channel& channel) {
         log_line(log_level::error, "the request queue is gone: %s", std::strerror(errno));
         return false;
     }
-    if (timer_came != 0) {
-      timer_came = 0;
-      channel.sweep();
-      if (!channel.has_lock()) {
-        log_line(log_level::error, "the access lock is gone: %s", std::strerror(errno));
-        return false;
-      }
+    if (timer_came != 0 && !tick(self)) {
+      return false;
     }
   }
   log_line(log_level::info, "signal %d: stopping", static_cast<int>(stop_signal));
   return true;
 }
 
-bool start(request_channel& channel, const permissions& allowed) {
-  if (const std::uint32_t result = config_center_init(); result != CFC_OK) {
-    log_line(log_level::error, "no configuration: flash has none, and %s gives result %u%s",
-             factory_file, result,
-             result == CFC_ERR_NO_FILE     ? " (cannot be opened)"
-             : result == CFC_ERR_BAD_VALUE ? " (malformed; cfc check tells where)"
-                                           : "");
+bool claim(request_channel& channel, const permissions& allowed) {
+  switch (channel.claim(allowed)) {
+    case request_channel::claim_result::claimed:
+      return true;
+    case request_channel::claim_result::live_service:
+      log_line(log_level::error, "another config-center runs on this device");
+      return false;
+    case request_channel::claim_result::failed:
+      break;
+  }
+  log_line(log_level::error, "cannot create or take over the access lock: %s: %s",
+           channel.failed_call(), std::strerror(errno));
+  return false;
+}
+
+bool start(service& self, const permissions& allowed) {
+  if (!self.served.load()) {
     return false;
   }
-  if (!channel.open(allowed)) {
-    log_line(log_level::error, "cannot make the request queue: %s", std::strerror(errno));
+  self.state.write_status(self.served);
+  if (!self.channel.open(allowed)) {
+    log_line(log_level::error, "cannot create the request queue: %s: %s",
+             self.channel.failed_call(), std::strerror(errno));
     return false;
   }
   log_line(log_level::info, "ready");
@@ -210,31 +161,19 @@ bool start(request_channel& channel, const permissions& allowed) {
   return true;
 }
 
-bool stop() {
-  const std::uint32_t result = cfc_flush_all();
-  if (result != CFC_OK) {
-    log_line(log_level::error, "flush at the end: result %u", result);
+int run(const service_options& options) {
+  service self{.channel = {}, .served = {}, .state = state_directory{options.state_path}};
+  if (!claim(self.channel, options.allowed)) {
+    return exit_failed;
   }
+  const bool served = start(self, options.allowed) && serve_all(self);
+  // A further stop signal would end the process before lock and queue are removed.
+  block_signals();
+  const bool saved = self.served.save_at_end();
   config_center_close();
-  return result == CFC_OK;
-}
-
-int run(const permissions& allowed) {
-  static request_channel channel;
-  switch (channel.claim(allowed)) {
-    case request_channel::claim_result::claimed:
-      break;
-    case request_channel::claim_result::live_service:
-      log_line(log_level::error, "another config-center runs on this device");
-      return exit_failed;
-    case request_channel::claim_result::failed:
-      log_line(log_level::error, "cannot make the access lock: %s", std::strerror(errno));
-      return exit_failed;
-  }
-  const bool served = start(channel, allowed) && serve_all(channel);
-  const bool stopped = stop();
-  channel.close();
-  return served && stopped ? EXIT_SUCCESS : exit_failed;
+  self.channel.close();
+  self.state.remove_status();
+  return served && saved ? EXIT_SUCCESS : exit_failed;
 }
 
 }  // namespace
@@ -243,17 +182,16 @@ int run(const permissions& allowed) {
 using namespace proreflax;
 
 int main(int argc, char** argv) {
-  const permissions allowed = read_command_line(argc, argv);
+  if (!open_standard_descriptors()) {
+    return exit_failed;
+  }
+  const service_options options = read_options(argc, argv);
   // The saved configuration holds passwords: what this process and its flash tool create is for
   // their own user alone.
   umask(S_IRWXG | S_IRWXO);
+  never_wait_for_reader(STDOUT_FILENO);
+  never_wait_for_reader(STDERR_FILENO);
   std::setvbuf(stdout, nullptr, _IOLBF, 0);
-  handle(SIGTERM, on_stop);
-  handle(SIGINT, on_stop);
-  handle(SIGHUP, on_stop);
-  handle(SIGALRM, on_timer);
-  handle(SIGPIPE, SIG_IGN);
-  // Whoever started the service may have ignored its children; the flash tool's end must be seen.
-  handle(SIGCHLD, SIG_DFL);
-  return run(allowed);
+  handle_signals();
+  return run(options);
 }

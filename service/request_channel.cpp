@@ -2,8 +2,8 @@
 
 #include <signal.h>
 #include <sys/msg.h>
-#include <sys/sem.h>
 #include <sys/time.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -13,119 +13,80 @@
 namespace proreflax {
 namespace {
 
-constexpr int semaphores = 2;
-constexpr int claim_attempts = 100;
-
 constexpr long sweep_soon_ms = 10;
 constexpr long sweep_idle_ms = 1000;
+
+/// Replies that may be left on the queue beyond those of the last sweep before the next one.
+constexpr std::size_t left_between_sweeps = 64;
 
 struct wire_message {
   long type;
   char text[reply_text_max];
 };
 
-struct held_reply {
-  wire_message message;
-  std::size_t length;
-};
-
-// What semctl takes; the platform leaves its definition to the caller.
-union semaphore_argument {
-  int value;
-  semid_ds* state;
-};
-
-/// Raises the marker from 0. False when it was raised already, or the set is gone.
-bool raise_marker(int lock) {
-  sembuf steps[] = {{marker_semaphore, 0, IPC_NOWAIT}, {marker_semaphore, 1, SEM_UNDO}};
-  return semop(lock, steps, 2) == 0;
-}
-
-void remove_lock(int lock) {
-  semctl(lock, 0, IPC_RMID);
-}
-
-/// Whether a set under the key belongs to a service that lives. One without a marker, or whose
-/// marker is down, is left over; it is removed.
-bool belongs_to_live_service(int lock) {
-  if (!raise_marker(lock) && errno == EAGAIN) {
-    return true;
-  }
-  remove_lock(lock);
-  return false;
-}
-
-bool lock_belongs_to(int lock, const permissions& allowed) {
-  semid_ds state{};
-  const semaphore_argument argument{.state = &state};
-  if (!allowed.has_group) {
-    return true;
-  }
-  if (semctl(lock, 0, IPC_STAT, argument) != 0) {
-    return false;
-  }
-  state.sem_perm.gid = allowed.group;
-  return semctl(lock, 0, IPC_SET, argument) == 0;
-}
-
-bool queue_belongs_to(int queue, const permissions& allowed) {
-  msqid_ds state{};
-  if (!allowed.has_group) {
-    return true;
-  }
-  if (msgctl(queue, IPC_STAT, &state) != 0) {
-    return false;
-  }
-  state.msg_perm.gid = allowed.group;
-  return msgctl(queue, IPC_SET, &state) == 0;
-}
-
 bool is_alive(long reply_type) {
-  const auto asker = static_cast<pid_t>(reply_type - reply_type_bias);
-  return kill(asker, 0) == 0 || errno != ESRCH;
+  const auto client = static_cast<pid_t>(reply_type - reply_type_bias);
+  return kill(client, 0) == 0 || errno != ESRCH;
+}
+
+void remove_queue(int queue) {
+  msgctl(queue, IPC_RMID, nullptr);
 }
 
 }  // namespace
 
+bool request_channel::failure(const char* call) {
+  failed_call_ = call;
+  return false;
+}
+
 request_channel::claim_result request_channel::claim(const permissions& allowed) {
-  for (int attempt = 0; attempt < claim_attempts; ++attempt) {
-    lock_ = semget(CFC_SEM_KEY, semaphores, IPC_CREAT | IPC_EXCL | static_cast<int>(allowed.mode));
-    if (lock_ != -1) {
-      // A rival may take the fresh set for a left-over one and remove it: then try again.
-      if (raise_marker(lock_)) {
-        return lock_belongs_to(lock_, allowed) ? claim_result::claimed : claim_result::failed;
-      }
-      continue;
+  const claim_result result = lock_.claim(allowed);
+  failed_call_ = lock_.failed_call();
+  if (result == claim_result::claimed) {
+    if (const int left_over = msgget(CFC_MSQ_KEY, 0); left_over != -1) {
+      remove_queue(left_over);
     }
-    if (errno != EEXIST) {
-      return claim_result::failed;
-    }
-    const int found = semget(CFC_SEM_KEY, 0, 0);
-    if (found == -1 && errno != ENOENT) {
-      return claim_result::failed;
-    }
-    if (found != -1 && belongs_to_live_service(found)) {
-      return claim_result::live_service;
-    }
+    lock_.hold();
   }
-  return claim_result::live_service;
+  return result;
+}
+
+bool request_channel::create_queue(const permissions& allowed) {
+  const int flags = IPC_CREAT | IPC_EXCL | static_cast<int>(allowed.mode);
+  queue_ = msgget(CFC_MSQ_KEY, flags);
+  if (queue_ == -1 && errno == EEXIST) {
+    remove_queue(msgget(CFC_MSQ_KEY, 0));
+    queue_ = msgget(CFC_MSQ_KEY, flags);
+  }
+  return queue_ != -1 || failure("msgget");
+}
+
+bool request_channel::reserve_room(const permissions& allowed) {
+  msqid_ds state{};
+  if (msgctl(queue_, IPC_STAT, &state) != 0) {
+    return failure("msgctl");
+  }
+  reply_bytes_ = state.msg_qbytes;
+  request_bytes_ = reply_bytes_ - reply_bytes_ / 4;
+  if (allowed.has_group) {
+    state.msg_perm.gid = allowed.group;
+  }
+  state.msg_qbytes = request_bytes_;
+  return msgctl(queue_, IPC_SET, &state) == 0 || failure("msgctl");
 }
 
 bool request_channel::open(const permissions& allowed) {
-  if (const int left_over = msgget(CFC_MSQ_KEY, 0); left_over != -1) {
-    msgctl(left_over, IPC_RMID, nullptr);
-  }
-  queue_ = msgget(CFC_MSQ_KEY, IPC_CREAT | IPC_EXCL | static_cast<int>(allowed.mode));
-  if (queue_ == -1 || !queue_belongs_to(queue_, allowed)) {
+  if (!create_queue(allowed) || !reserve_room(allowed)) {
     return false;
   }
   set_timer(sweep_idle_ms);
-  return semctl(lock_, lock_semaphore, SETVAL, semaphore_argument{.value = 1}) == 0;
+  return lock_.release() || failure("semop");
 }
 
 bool request_channel::receive(int flags, incoming* request) const {
   wire_message message;
-  // Cut rather than left: a message that nobody can take would stand before all others for ever.
+  // Cut rather than left: a message that nobody can take would block all that follow.
   const ssize_t length =
       msgrcv(queue_, &message, sizeof request->text, request_type, flags | MSG_NOERROR);
   if (length < 0) {
@@ -141,12 +102,11 @@ request_channel::wait_result request_channel::next(incoming* request) {
     *request = backlog_[backlog_first_];
     backlog_first_ = (backlog_first_ + 1) % backlog_max;
     --backlog_count_;
-    return wait_result::request;
+  } else if (!receive(0, request)) {
+    return errno == EINTR ? wait_result::interrupted : wait_result::lost;
   }
-  if (receive(0, request)) {
-    return wait_result::request;
-  }
-  return errno == EINTR ? wait_result::interrupted : wait_result::lost;
+  send_kept();
+  return wait_result::request;
 }
 
 void request_channel::take_waiting_requests() {
@@ -156,7 +116,7 @@ void request_channel::take_waiting_requests() {
   }
 }
 
-/// Whether the asker has sent another request since: then it no longer waits for this reply.
+/// Whether the client has sent another request since: then it no longer waits for this reply.
 bool request_channel::is_superseded(const reply& answer) const {
   for (std::size_t i = 0; i < backlog_count_; ++i) {
     const incoming& later = backlog_[(backlog_first_ + i) % backlog_max];
@@ -168,18 +128,35 @@ bool request_channel::is_superseded(const reply& answer) const {
   return false;
 }
 
-/// Removes earlier replies to an asker that is about to get another.
+/// Removes earlier replies to a client that is about to get another.
 void request_channel::discard(long type) const {
   wire_message message;
   while (msgrcv(queue_, &message, sizeof message.text, type, IPC_NOWAIT | MSG_NOERROR) >= 0) {
   }
 }
 
-bool request_channel::put(const reply& answer) const {
-  wire_message message;
-  message.type = answer.type;
-  std::memcpy(message.text, answer.text, answer.length);
-  return msgsnd(queue_, &message, answer.length, IPC_NOWAIT) == 0;
+bool request_channel::limit_bytes(std::size_t most) const {
+  msqid_ds state{};
+  if (msgctl(queue_, IPC_STAT, &state) != 0) {
+    return false;
+  }
+  state.msg_qbytes = most;
+  return msgctl(queue_, IPC_SET, &state) == 0;
+}
+
+/// Sends a message, at need into the part of the queue that is closed to requests.
+bool request_channel::put(const long* message, std::size_t length) const {
+  if (msgsnd(queue_, message, length, IPC_NOWAIT) == 0) {
+    return true;
+  }
+  if (errno != EAGAIN || !limit_bytes(reply_bytes_)) {
+    return false;
+  }
+  const bool sent = msgsnd(queue_, message, length, IPC_NOWAIT) == 0;
+  const int error = errno;
+  limit_bytes(request_bytes_);
+  errno = error;
+  return sent;
 }
 
 bool request_channel::send(const reply& answer) {
@@ -187,84 +164,108 @@ bool request_channel::send(const reply& answer) {
     take_waiting_requests();
     discard(answer.type);
   }
+  kept_.remove_if([&](long type) { return type == answer.type; });
   if (is_superseded(answer)) {
     return true;
   }
   remember(answer.type);
-  bool sent = put(answer);
-  if (!sent && errno == EAGAIN) {
-    sweep(keep::of_live_askers);
-    sent = put(answer);
+  wire_message message;
+  message.type = answer.type;
+  std::memcpy(message.text, answer.text, answer.length);
+  if (kept_.empty() && put(&message.type, answer.length)) {
+    return true;
   }
-  if (!sent && errno == EAGAIN) {
-    sweep(keep::nothing);
-    sent = put(answer);
+  if (kept_.empty() && errno != EAGAIN) {
+    return false;
   }
-  return sent;
+  const bool first = kept_.empty();
+  if (!kept_.append(answer.type, answer.text, answer.length)) {
+    errno = ENOMEM;
+    return false;
+  }
+  if (first) {
+    remove_unclaimed();
+  }
+  send_kept();
+  return true;
+}
+
+/// Sends kept replies in order, until one finds no room. A lost queue shows at the next wait.
+void request_channel::send_kept() {
+  while (!kept_.empty() && put(&kept_.first()->type, kept_.first()->length)) {
+    kept_.remove_first();
+  }
 }
 
 void request_channel::remember(long type) {
-  if (unclaimed_.holds(type)) {
-    return;
-  }
-  if (unclaimed_.full()) {
-    sweep(keep::of_live_askers);
-  }
-  if (unclaimed_.full()) {
-    sweep(keep::nothing);
-  }
-  unclaimed_.add(type);
   if (timer_ms_ != sweep_soon_ms) {
     set_timer(sweep_soon_ms);
   }
+  if (unclaimed_.holds(type)) {
+    return;
+  }
+  if (unclaimed_.size() >= swept_size_ + left_between_sweeps) {
+    remove_unclaimed();
+  }
+  // Without memory the reply may be taken for a stranger's, if its client is slow to receive it.
+  static_cast<void>(unclaimed_.add(type));
 }
 
 void request_channel::sweep() {
-  sweep(keep::of_live_askers);
+  remove_unclaimed();
+  send_kept();
   // Less and less often while the same replies are left, and at rest once none is.
   const long later_ms = timer_ms_ * 2 < sweep_idle_ms ? timer_ms_ * 2 : sweep_idle_ms;
-  const long next_ms = unclaimed_.empty() ? sweep_idle_ms : later_ms;
+  const long next_ms = !kept_.empty()           ? sweep_soon_ms
+                       : unclaimed_.size() == 0 ? sweep_idle_ms
+                                                : later_ms;
   if (next_ms != timer_ms_) {
     set_timer(next_ms);
   }
 }
 
-/// Takes every message but the requests off, and then puts back what somebody waits for: not before
-/// all are seen, or the sweep would meet it again, at the queue's end.
-void request_channel::sweep(keep kept) {
-  remembered left;
-  held_reply held[remembered::room + 1];  // the last is for what is not kept
-  std::size_t count = 0;
-  for (std::size_t unseen = waiting_messages(); unseen > 0; --unseen) {
-    held_reply& next = held[count];
-    const ssize_t length = msgrcv(queue_, &next.message, sizeof next.message.text, request_type,
-                                  MSG_EXCEPT | IPC_NOWAIT | MSG_NOERROR);
-    if (length < 0) {
-      break;
-    }
-    next.length = static_cast<std::size_t>(length);
-    const long type = next.message.type;
-    if (kept == keep::of_live_askers && unclaimed_.holds(type) && !left.holds(type) &&
-        is_alive(type)) {
-      left.add(type);
-      ++count;
-    }
+/// Takes the next message that is not a request, and keeps it if it is a reply that a client may
+/// still take.
+request_channel::taken request_channel::take_other_message(type_set* left) {
+  wire_message message;
+  const ssize_t length = msgrcv(queue_, &message, sizeof message.text, request_type,
+                                MSG_EXCEPT | IPC_NOWAIT | MSG_NOERROR);
+  if (length < 0) {
+    return taken::none;
   }
-  for (std::size_t i = 0; i < count; ++i) {
-    const auto put_back = [&] {
-      return msgsnd(queue_, &held[i].message, held[i].length, IPC_NOWAIT) == 0;
-    };
-    if (!put_back() && errno == EAGAIN) {
-      // Requests came into its room meanwhile.
-      take_waiting_requests();
-      put_back();
-    }
+  const long type = message.type;
+  if (!unclaimed_.holds(type) || left->holds(type) || !is_alive(type)) {
+    return taken::message;
   }
-  unclaimed_ = left;
+  if (left->add(type) && kept_.append(type, message.text, static_cast<std::size_t>(length))) {
+    return taken::message;
+  }
+  // It goes back at once, and the sweep ends: it would only meet it again.
+  static_cast<void>(put(&message.type, static_cast<std::size_t>(length)));
+  return taken::no_memory;
 }
 
-bool request_channel::has_lock() const {
-  return semctl(lock_, lock_semaphore, GETVAL) != -1;
+/// Takes every message but the requests off the queue. What a live client may still take is kept,
+/// and goes back when all were seen: a sweep that put it back at once would meet it again.
+void request_channel::remove_unclaimed() {
+  type_set left;
+  bool complete = true;
+  kept_.remove_if([&](long type) {
+    const bool dead = !is_alive(type);
+    complete = (dead || left.add(type)) && complete;
+    return dead;
+  });
+  std::size_t unseen = waiting_messages();
+  for (; unseen > 0; --unseen) {
+    if (const taken other = take_other_message(&left); other != taken::message) {
+      complete = complete && other == taken::none;
+      break;
+    }
+  }
+  if (complete) {
+    unclaimed_.swap(left);
+  }
+  swept_size_ = unclaimed_.size();
 }
 
 std::size_t request_channel::waiting_messages() const {
@@ -282,9 +283,9 @@ void request_channel::set_timer(long interval_ms) {
 void request_channel::close() {
   set_timer(0);
   if (queue_ != -1) {
-    msgctl(queue_, IPC_RMID, nullptr);
+    remove_queue(queue_);
   }
-  remove_lock(lock_);
+  lock_.remove();
 }
 
 }  // namespace proreflax

@@ -1,32 +1,29 @@
 // The service's end of lock and queue.
 //
-// The semaphore set has two members: the access lock, and a marker that is 1 while a service lives.
-// The marker is raised with SEM_UNDO, so the kernel lowers it when the service is killed: whoever
-// raises it from 0 owns the keys, and what stands under them is left over. A client that looks the
-// lock up before the service is ready finds it held, and waits.
+// Replies travel on one queue with the requests, each under its client's process id. A client that
+// was killed, or gave up on a signal, leaves its reply behind; and anyone who may write to the queue
+// may flood it. Four rules keep an honest client safe from both:
 //
-// Replies go to one queue with the requests, each under its asker's process id. An asker that was
-// killed, or gave up on a signal, leaves its reply behind. Three rules keep such replies from harm:
-//
-//  1. A reply is dropped when its asker has a newer request on the queue: it no longer waits for
-//     this one. Earlier replies to the same asker are removed before another is sent.
+//  1. A reply is dropped when its client has a newer request on the queue: it no longer waits for
+//     this one. Earlier replies to the same client are removed before another is sent.
 //  2. A sweep, 10 ms after a reply and then ever less often while one is left, removes those of
-//     dead askers. A process id does not come round again in so short a time.
-//  3. Sending never blocks. On a full queue, a sweep clears what nobody waits for, and requests
-//     that wait are taken into memory; as the last resort every reply that was left goes, since the
-//     one asker that holds the lock is the one to be answered.
-//
-// Messages that are neither requests nor replies of this service go with every sweep, once a second
-// at the latest.
+//     dead clients, and with them whatever is neither a request nor a reply of this service.
+//  3. Sending never blocks. A quarter of the queue is closed to requests: it opens for the moment in
+//     which a reply is sent that finds no room otherwise.
+//  4. A reply that finds no room even so is kept in memory, and tried again after every request
+//     that is taken off the queue and with every sweep. No reply to a live client is ever dropped
+//     for another one.
 #ifndef PROREFLAX_SERVICE_REQUEST_CHANNEL_H
 #define PROREFLAX_SERVICE_REQUEST_CHANNEL_H
-
-#include <sys/types.h>
 
 #include <cstddef>
 #include <cstdint>
 
+#include "service/access_lock.h"
+#include "service/permissions.h"
 #include "service/reply.h"
+#include "service/reply_list.h"
+#include "service/type_set.h"
 
 namespace proreflax {
 
@@ -37,81 +34,67 @@ struct incoming {
   char text[request_text_max + 1] = {};
 };
 
-/// Who may use lock and queue.
-struct permissions {
-  mode_t mode = 0600;
-  bool has_group = false;
-  gid_t group = 0;
-};
-
-/// A small set of message types.
-class remembered {
- public:
-  static constexpr std::size_t room = 64;
-
-  bool holds(long type) const {
-    for (std::size_t i = 0; i < count_; ++i) {
-      if (types_[i] == type) {
-        return true;
-      }
-    }
-    return false;
-  }
-  bool empty() const { return count_ == 0; }
-  bool full() const { return count_ == room; }
-  void add(long type) { types_[count_++] = type; }
-
- private:
-  long types_[room] = {};
-  std::size_t count_ = 0;
-};
-
 class request_channel {
  public:
-  enum class claim_result : std::uint8_t { claimed, live_service, failed };
+  using claim_result = access_lock::claim_result;
 
-  /// Makes the lock, held for the time being, clearing up what a killed service left. errno tells
-  /// why it failed.
+  /// Claims the lock, and removes the queue that a killed service left: its clients stop waiting
+  /// for replies that nobody will send. After `failed`, failed_call() and errno say why.
   claim_result claim(const permissions& allowed);
+  const char* failed_call() const { return failed_call_; }
 
-  /// Makes the queue and frees the lock: clients may come. False with errno when it cannot.
+  /// Creates the queue and releases the lock: clients may come. False as above when it cannot.
   bool open(const permissions& allowed);
 
   enum class wait_result : std::uint8_t { request, interrupted, lost };
 
-  /// Waits for a request. A signal interrupts the wait; `lost` when the queue is no longer there.
+  /// Waits for a request. A signal interrupts the wait; `lost` when the queue no longer exists.
   wait_result next(incoming* request);
 
-  /// Sends a reply, or drops it when nobody waits for it. False when nobody could be told.
+  /// Sends a reply, or drops it when its client no longer waits for it, or keeps it until there is
+  /// room. False with errno when it can do none of these.
   bool send(const reply& answer);
 
-  /// Removes what nobody waits for. To be called whenever the timer's signal, SIGALRM, has come:
-  /// once a second at least.
+  /// Removes what nobody waits for, and sends what was kept. To be called whenever the timer's
+  /// signal, SIGALRM, has come: once a second at least.
   void sweep();
 
   /// Whether clients still find the lock. False with errno when it was removed.
-  bool has_lock() const;
+  bool has_lock() const { return lock_.exists(); }
 
-  /// Removes queue and lock.
+  /// Removes the queue, lets those who wait for the lock come through, and removes the lock.
   void close();
 
  private:
-  enum class keep : std::uint8_t { of_live_askers, nothing };
+  enum class taken : std::uint8_t { message, none, no_memory };
 
-  bool put(const reply& answer) const;
+  bool failure(const char* call);
+  bool create_queue(const permissions& allowed);
+  bool reserve_room(const permissions& allowed);
   bool receive(int flags, incoming* request) const;
   void take_waiting_requests();
   bool is_superseded(const reply& answer) const;
   void discard(long type) const;
-  void sweep(keep kept);
+  bool put(const long* message, std::size_t length) const;
+  bool limit_bytes(std::size_t most) const;
+  void send_kept();
   void remember(long type);
+  void remove_unclaimed();
+  taken take_other_message(type_set* left);
   std::size_t waiting_messages() const;
   void set_timer(long interval_ms);
 
-  int lock_ = -1;
+  access_lock lock_;
   int queue_ = -1;
+  const char* failed_call_ = "";
 
-  remembered unclaimed_;  // types of replies that may still be on the queue
+  // How many bytes the queue takes from clients, and from the service.
+  std::size_t request_bytes_ = 0;
+  std::size_t reply_bytes_ = 0;
+
+  type_set unclaimed_;  // types of replies that may still be on the queue
+  std::size_t swept_size_ = 0;
+  reply_list kept_;
 
   // Requests taken off a full queue, or seen early; a ring.
   static constexpr std::size_t backlog_max = 16;

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -150,22 +151,16 @@ TEST_F(RequestChannel, is_not_claimed_beside_a_live_service) {
   EXPECT_EQ(lock_id(), its_lock) << "the live service keeps its lock";
   EXPECT_NE(queue_id(), -1) << "and its queue";
 
-  // Killed, it leaves both behind; they are cleared up.
+  // Killed, it leaves both: the lock is taken over, the queue replaced.
   kill(other, SIGKILL);
   wait_for_child(other);
+  const int its_queue = queue_id();
   ASSERT_TRUE(put(1, request_of(getpid())));
   open_channel();
-  EXPECT_NE(lock_id(), its_lock);
+  EXPECT_EQ(lock_id(), its_lock);
+  EXPECT_NE(queue_id(), its_queue);
   EXPECT_EQ(waiting(), 0U);
   EXPECT_EQ(semctl(lock_id(), 0, GETVAL), 1);
-}
-
-TEST_F(RequestChannel, clears_up_a_semaphore_without_a_marker) {
-  ASSERT_NE(semget(CFC_SEM_KEY, 1, IPC_CREAT | IPC_EXCL | 0600), -1);
-  open_channel();
-  semid_ds lock{};
-  ASSERT_EQ(semctl(lock_id(), 0, IPC_STAT, &lock), 0);
-  EXPECT_EQ(lock.sem_nsems, 2U);
 }
 
 TEST_F(RequestChannel, is_claimed_by_one_of_many_that_start_at_once) {
@@ -294,13 +289,15 @@ TEST_F(RequestChannel, a_sweep_keeps_a_reply_whose_room_is_taken_meanwhile) {
   open_channel();
   const child living = bystander();
   ASSERT_TRUE(channel.send(reply_to(living.pid())));
-  ASSERT_TRUE(put(1, raw("request")));
-  faults::fail(faults::call::msgsnd, 1, EAGAIN);
+  faults::fail(faults::call::msgsnd, 1, ENOMEM);
   channel.sweep();
-  EXPECT_EQ(waiting(), 1U) << "the request is taken into memory";
+  ASSERT_TRUE(faults::happened());
+  EXPECT_EQ(waiting(), 0U) << "the reply is in memory";
+  itimerval timer{};
+  getitimer(ITIMER_REAL, &timer);
+  EXPECT_EQ(timer.it_interval.tv_usec, 10000) << "and is tried again soon";
+  channel.sweep();
   EXPECT_NE(take(living.pid() + 2), "");
-  incoming request;
-  EXPECT_EQ(channel.next(&request), waited::request) << "and from there";
 }
 
 TEST_F(RequestChannel, a_sweep_removes_messages_that_are_nobodys) {
@@ -370,17 +367,115 @@ TEST_F(RequestChannel, sends_a_reply_though_the_queue_is_full_of_requests_and_lo
   EXPECT_EQ(waiting(), 0U);
 }
 
-TEST_F(RequestChannel, sends_a_reply_though_live_askers_leave_theirs_until_the_queue_is_full) {
+TEST_F(RequestChannel, requests_leave_a_quarter_of_the_queue_to_replies) {
   open_channel();
-  const child careless = bystander();
-  while (put(careless.pid() + 2, bytes(256, 'r'))) {
+  msqid_ds state{};
+  ASSERT_EQ(msgctl(queue_id(), IPC_STAT, &state), 0);
+  while (put(1, bytes(16, 'r'))) {
   }
-  // As if the service had sent them: it remembers the type.
-  ASSERT_TRUE(channel.send(reply_to(careless.pid())));
-  while (put(careless.pid() + 2, bytes(16, 'r'))) {
-  }
+  const std::size_t taken = waiting() * 16;
+  EXPECT_LE(taken, state.msg_qbytes);
+  EXPECT_GE(state.msg_qbytes / 3, reply_text_max) << "what was set aside";
   EXPECT_TRUE(channel.send(reply_to(getpid())));
   EXPECT_NE(take(getpid() + 2), "");
+  msqid_ds after{};
+  ASSERT_EQ(msgctl(queue_id(), IPC_STAT, &after), 0);
+  EXPECT_EQ(after.msg_qbytes, state.msg_qbytes) << "closed to requests again";
+}
+
+namespace {
+
+/// Raises the limit of the queue to what the service itself may use, and fills all of it.
+void fill_to_the_last_byte() {
+  msqid_ds state{};
+  msgctl(queue_id(), IPC_STAT, &state);
+  const auto for_requests = state.msg_qbytes;
+  state.msg_qbytes = for_requests / 3 * 4;
+  msgctl(queue_id(), IPC_SET, &state);
+  while (put(1, bytes(16, 'r'))) {
+  }
+  state.msg_qbytes = for_requests;
+  msgctl(queue_id(), IPC_SET, &state);
+}
+
+}  // namespace
+
+TEST_F(RequestChannel, keeps_a_reply_that_finds_no_room_until_requests_were_taken) {
+  open_channel();
+  const child client = bystander();
+  fill_to_the_last_byte();
+  reply longest = reply_to(client.pid());
+  longest.length = reply_text_max;
+  ASSERT_TRUE(channel.send(longest));
+  EXPECT_EQ(take(client.pid() + 2), "") << "no room yet";
+  incoming request;
+  int taken = 0;
+  for (; taken < 200 && take(client.pid() + 2).empty(); ++taken) {
+    ASSERT_EQ(channel.next(&request), waited::request);
+  }
+  EXPECT_GT(taken, 1);
+  EXPECT_LT(taken, 200) << "sent as soon as enough requests were taken";
+}
+
+TEST_F(RequestChannel, sends_kept_replies_in_order) {
+  open_channel();
+  const child first = bystander();
+  const child second = bystander();
+  fill_to_the_last_byte();
+  reply longest = reply_to(first.pid());
+  longest.length = reply_text_max;
+  ASSERT_TRUE(channel.send(longest));
+  ASSERT_TRUE(channel.send(reply_to(second.pid())));
+  incoming request;
+  std::string of_second;
+  while ((of_second = take(second.pid() + 2)).empty()) {
+    ASSERT_EQ(channel.next(&request), waited::request);
+  }
+  EXPECT_NE(take(first.pid() + 2), "") << "sent before the shorter one";
+}
+
+TEST_F(RequestChannel, a_kept_reply_gives_way_to_a_newer_one_of_the_same_client) {
+  open_channel();
+  const child client = bystander();
+  fill_to_the_last_byte();
+  reply longest = reply_to(client.pid(), 209);
+  longest.length = reply_text_max;
+  ASSERT_TRUE(channel.send(longest));
+  ASSERT_TRUE(channel.send(reply_to(client.pid(), 0)));
+  incoming request;
+  for (int i = 0; i < 100; ++i) {
+    ASSERT_EQ(channel.next(&request), waited::request);
+  }
+  EXPECT_EQ(take(client.pid() + 2), std::string(reply_to(client.pid(), 0).text, 16));
+  EXPECT_EQ(take(client.pid() + 2), "");
+}
+
+TEST_F(RequestChannel, a_kept_reply_of_a_client_that_died_is_forgotten) {
+  open_channel();
+  child client = bystander();
+  fill_to_the_last_byte();
+  reply longest = reply_to(client.pid());
+  longest.length = reply_text_max;
+  ASSERT_TRUE(channel.send(longest));
+  client.kill_and_wait();
+  channel.sweep();
+  while (!take(1).empty()) {
+  }
+  channel.sweep();
+  EXPECT_EQ(waiting(), 0U);
+}
+
+TEST_F(RequestChannel, drops_no_reply_of_a_live_client_however_many_are_left) {
+  open_channel();
+  std::vector<std::unique_ptr<child>> careless;
+  for (int i = 0; i < 150; ++i) {
+    careless.push_back(std::make_unique<child>([] { return pause(); }));
+    ASSERT_TRUE(channel.send(reply_to(careless.back()->pid())));
+  }
+  channel.sweep();
+  for (const auto& each : careless) {
+    EXPECT_EQ(take(each->pid() + 2), std::string(reply_to(each->pid()).text, 16));
+  }
 }
 
 TEST_F(RequestChannel, does_not_block_when_nothing_can_make_room) {
@@ -402,12 +497,12 @@ TEST_F(RequestChannel, removes_an_earlier_reply_to_the_same_asker_before_it_send
   EXPECT_EQ(waiting(), 0U);
 }
 
-TEST_F(RequestChannel, remembers_more_askers_than_it_has_room_for_by_sweeping) {
+TEST_F(RequestChannel, replies_that_dead_clients_left_are_swept_before_they_are_many) {
   open_channel();
   for (int i = 0; i < 100; ++i) {
     ASSERT_TRUE(channel.send(reply_to(dead_process())));
   }
-  EXPECT_LE(waiting(), 64U);
+  EXPECT_LE(waiting(), 65U);
   channel.sweep();
   EXPECT_EQ(waiting(), 0U);
 }

@@ -16,7 +16,7 @@ fs::path path(std::string_view device_path) {
 }
 
 void clear() {
-  for (const char* each : {"/etc", "/proc", "/var", "/dev", "/sbin/config-file.tmp"}) {
+  for (const char* each : {"/etc", "/proc", "/var", "/run", "/dev", "/sbin/config-file.tmp"}) {
     fs::remove_all(path(each));
   }
   fs::remove(path(flash_tool));

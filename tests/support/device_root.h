@@ -13,7 +13,7 @@ namespace device_root {
 /// The folder's path, or that of a device path such as "/etc/config-file.ini" in it.
 std::filesystem::path path(std::string_view device_path = "");
 
-/// Empties /etc, /sbin/config-file.tmp, /proc and the flash, and removes the flash tool.
+/// Empties /etc, /proc, /run and the flash, and removes /sbin/config-file.tmp and the flash tool.
 void clear();
 
 void write(std::string_view device_path, std::string_view text);

@@ -1,6 +1,7 @@
 #include "tests/support/service_process.h"
 
 #include <fcntl.h>
+#include <sys/msg.h>
 #include <sys/sem.h>
 #include <sys/wait.h>
 
@@ -12,16 +13,19 @@
 
 namespace {
 
-int present_lock() {
-  return semget(proreflax::CFC_SEM_KEY, 0, 0);
+int present_queue() {
+  return msgget(proreflax::CFC_MSQ_KEY, 0);
 }
 
-/// The service raises its marker first and frees the lock once it is ready. For a moment it raises
-/// the marker of a lock that was left over, too, before it removes that.
-bool lock_is_free(int left_over) {
-  const int lock = present_lock();
-  return lock != -1 && lock != left_over && semctl(lock, proreflax::marker_semaphore, GETVAL) > 0 &&
-         semctl(lock, proreflax::lock_semaphore, GETVAL) > 0;
+/// The service raises its marker first. It takes over the lock that it finds, but always creates a
+/// queue of its own, last of all before it frees the lock; clients may then take that at once.
+bool is_ready(pid_t service, int queue_before) {
+  const int lock = semget(proreflax::CFC_SEM_KEY, 0, 0);
+  const int queue = present_queue();
+  return lock != -1 && queue != -1 && queue != queue_before &&
+         semctl(lock, proreflax::marker_semaphore, GETVAL) > 0 &&
+         (semctl(lock, proreflax::lock_semaphore, GETVAL) > 0 ||
+          semctl(lock, proreflax::lock_semaphore, GETPID) != service);
 }
 
 /// The third word of /proc/ID/stat, behind the program's name: T for a stopped process.
@@ -39,7 +43,7 @@ service_process::service_process(const std::vector<std::string>& options, void (
     arguments.push_back(const_cast<char*>(option.c_str()));
   }
   arguments.push_back(nullptr);
-  const int left_over = present_lock();
+  const int queue_before = present_queue();
   id_ = start_child([&] {
     const int log = open(log_path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     dup2(log, STDERR_FILENO);
@@ -50,7 +54,7 @@ service_process::service_process(const std::vector<std::string>& options, void (
     execv(program.c_str(), arguments.data());
     return 127;
   });
-  eventually([&] { return !runs() || lock_is_free(left_over); });
+  eventually([&] { return !runs() || is_ready(id_, queue_before); });
 }
 
 service_process::~service_process() {

@@ -1,0 +1,101 @@
+#include "service/configuration.h"
+
+#include <proreflax/store.h>
+
+#include "service/factory_settings.h"
+#include "service/log.h"
+#include "store/paths.h"
+
+namespace proreflax {
+namespace {
+
+bool is_changed() {
+  return (g_config_mgmt.flags & CFG_DIRTY) != 0;
+}
+
+/// The engine has put the factory settings in place and tried to save them, but does not report
+/// whether it could. No child that ended means that none was started.
+void check_save_of_factory_settings(unsigned children_before) {
+  if (ended_children() == children_before || !last_child_succeeded()) {
+    g_config_mgmt.flags |= CFG_DIRTY;
+    log_line(log_level::error, "the factory settings could not be saved; the next flush retries");
+  }
+}
+
+void log_missing_configuration(std::uint32_t result) {
+  log_line(log_level::error, "no configuration: flash has none, and %s gives result %u%s",
+           factory_file, result,
+           result == CFC_ERR_NO_FILE     ? " (cannot be opened)"
+           : result == CFC_ERR_BAD_VALUE ? " (malformed; cfc check reports where)"
+                                         : "");
+}
+
+}  // namespace
+
+bool configuration::load() {
+  const blocked_signals while_saving;
+  flash_ = try_to_read_flash();
+  const unsigned children_before = ended_children();
+  const std::uint32_t result = flash_unreadable() ? load_factory_settings() : config_center_init();
+  if (result != CFC_OK) {
+    log_missing_configuration(result);
+    return false;
+  }
+  if (flash_unreadable()) {
+    log_line(log_level::error,
+             "the saved configuration could not be read: the factory settings are served from "
+             "memory, and flash is left alone until a program asks for a flush");
+    return true;
+  }
+  from_flash_ = flash_ == saved_configuration::readable && ended_children() == children_before + 1;
+  if (!from_flash_) {
+    check_save_of_factory_settings(children_before + 1);
+  }
+  return true;
+}
+
+std::uint32_t configuration::flush() {
+  const bool changed = is_changed();
+  const blocked_signals while_saving;
+  const std::uint32_t result = cfc_flush_all();
+  if (result == CFC_ERR_FLASH_W || result == CFC_ERR_FORK_FLASH_W) {
+    g_config_mgmt.flags |= CFG_DIRTY;
+  }
+  if (result == CFC_OK && changed) {
+    flash_ = saved_configuration::readable;
+  }
+  return result;
+}
+
+std::uint32_t configuration::reset() {
+  const blocked_signals while_saving;
+  const unsigned children_before = ended_children();
+  const std::uint32_t result = config_to_default();
+  if (result == CFC_OK) {
+    from_flash_ = false;
+    check_save_of_factory_settings(children_before);
+    if (!is_changed()) {
+      flash_ = saved_configuration::readable;
+    }
+  }
+  return result;
+}
+
+bool configuration::save_at_end() {
+  if (flash_unreadable()) {
+    if (is_changed()) {
+      log_line(log_level::error,
+               "what was set is lost: the saved configuration could not be read at start, and is "
+               "not overwritten");
+    }
+    return !is_changed();
+  }
+  const std::uint32_t result = flush();
+  if (result != CFC_OK) {
+    log_line(log_level::error, "what was set could not be saved: flush at the end: result %u",
+             result);
+  }
+  return result == CFC_OK;
+}
+
+}  // namespace proreflax
