@@ -16,7 +16,7 @@
 #include "tests/library/manual_pages.h"
 #include "tests/library/project_text.h"
 #include "tests/support/files.h"
-#include "tools/slot_format.h"
+#include "tools/writeflash/slot_format.h"
 
 using std::string;
 using std::to_string;

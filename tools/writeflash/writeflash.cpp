@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "tools/flash_slots.h"
+#include "tools/writeflash/flash_slots.h"
 
 namespace {
 
