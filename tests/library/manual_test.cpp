@@ -50,13 +50,6 @@ std::set<string> names_described_by(const manual_page& page) {
   return {names.begin(), names.end()};
 }
 
-std::map<string, string> result_codes() {
-  const string header = files::text_of(PROREFLAX_SOURCE_DIR "/include/proreflax/result.h");
-  std::map<string, string> codes = paired_matches(header, R"(^ +(CFC_\w+) = (\d+)\b)");
-  codes.merge(paired_matches(header, R"(^#define (CFC_ERR_\w+) UINT32_C\((\w+)\))"));
-  return codes;
-}
-
 /// Every word of the public headers.
 std::set<string> words_of_the_headers() {
   std::set<string> words;
