@@ -5,7 +5,7 @@
 #   development  headers, links for the linker, pkg-config file, CMake package, examples
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
-include(ProreflaxManLinks)
+include(ProreflaxManPages)
 
 set(PROREFLAX_INIT "systemd;sysv" CACHE STRING
     "What starts the service on the device: systemd, sysv, both or nothing")
@@ -27,13 +27,13 @@ else()
   set(PROREFLAX_PC_PREFIX "\${pcfiledir}/${PROREFLAX_PC_PREFIX}")
 endif()
 
-# The manual pages docs/man/PATTERN, and a page for each further name in section 3 that leads there.
+# The manual pages docs/man/PATTERN; those of section 3 with what the headers say.
 function(proreflax_install_pages component pattern)
   file(GLOB pages CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/docs/man/${pattern}")
-  set(library_pages "${pages}")
-  list(FILTER library_pages INCLUDE REGEX "\\.3$")
-  proreflax_man_links(links "${proreflax_made}/man3" ${library_pages})
-  foreach(page IN LISTS pages links)
+  if(pattern MATCHES "\\.3$")
+    proreflax_man_pages(pages "${proreflax_made}/man3" ${pages})
+  endif()
+  foreach(page IN LISTS pages)
     cmake_path(GET page EXTENSION LAST_ONLY section)
     string(REPLACE "." "man" folder "${section}")
     install(FILES "${page}" DESTINATION "${CMAKE_INSTALL_MANDIR}/${folder}" COMPONENT ${component})

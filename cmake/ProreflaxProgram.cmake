@@ -47,6 +47,6 @@ function(proreflax_emulate target)
   add_custom_command(TARGET ${target} POST_BUILD
     COMMAND "${PROREFLAX_BUILDING_CC}" -std=c99 -D_DEFAULT_SOURCE "-DEMULATOR=\"${emulator}\""
             "-DPROGRAM=\"${folder}/emulated/${name}\"" -o "${folder}/${name}"
-            "${PROJECT_SOURCE_DIR}/cmake/launcher.c"
+            "${PROJECT_SOURCE_DIR}/tests/support/launcher.c"
     VERBATIM)
 endfunction()

@@ -5,12 +5,13 @@
  *   hostname NAME
  */
 #include <proreflax/config.h>
+#include <proreflax/result_text.h>
 #include <proreflax/sections.h>
 #include <stdio.h>
 #include <string.h>
 
 static int fail(const char* what, uint32_t result) {
-  fprintf(stderr, "hostname: %s: result %lu\n", what, (unsigned long)result);
+  fprintf(stderr, "hostname: %s: %s (%lu)\n", what, cfc_result_text(result), (unsigned long)result);
   return 1;
 }
 

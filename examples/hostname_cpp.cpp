@@ -5,6 +5,7 @@
 //
 // A record is a plain structure: a few lines make its results exceptions and its texts strings.
 #include <proreflax/config.h>
+#include <proreflax/result_text.h>
 #include <proreflax/sections.h>
 
 #include <cstddef>
@@ -18,7 +19,8 @@ namespace {
 
 void check(std::uint32_t result, std::string_view what) {
   if (result != CFC_OK) {
-    throw std::runtime_error{std::string{what} + ": result " + std::to_string(result)};
+    throw std::runtime_error{std::string{what} + ": " + cfc_result_text(result) + " (" +
+                             std::to_string(result) + ")"};
   }
 }
 

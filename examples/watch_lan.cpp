@@ -5,6 +5,7 @@
 // The service sends no notices: a watcher asks. A section is read as one, so a change is never seen
 // halfway. A service that is being restarted is waited for.
 #include <proreflax/config.h>
+#include <proreflax/result_text.h>
 #include <proreflax/sections.h>
 
 #include <chrono>
@@ -51,7 +52,8 @@ int main(int argc, char** argv) {
       print_changes(now, before);
       before = now;
     } else if (result != CFC_ERR_NO_SEM && result != CFC_ERR_NO_MSQ) {
-      std::cerr << "watch_lan: cannot read section LAN: result " << result << '\n';
+      std::cerr << "watch_lan: cannot read section LAN: " << cfc_result_text(result) << " ("
+                << result << ")\n";
       return 1;
     }
   }

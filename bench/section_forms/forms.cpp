@@ -5,7 +5,7 @@
 //   1  rows with a pointer to the key
 //   2  rows with the key held inline
 //   3  rows with the key as an offset into one pool for all sections
-//   4  rows without a key, and the names one behind the other
+//   4  rows without a key, and the names one after the other
 //   5  as 0, with one tag for a run of fields that are alike
 //
 // measure.sh builds one shared object a form and prints what each takes. Nothing here is shipped.

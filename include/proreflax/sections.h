@@ -32,8 +32,8 @@
  *              CFC_ERR_NO_SEM, CFC_ERR_NO_MSQ  no service runs; the record is untouched
  *              CFC_ERR_NO_SECTION              there is no such section
  *              CFC_ERR_NO_KEY                  the section lacks the key that ended the walk
- *              a code of "Exchange" in config.h
- *              a value code of the kinds that the section holds:
+ *              or a code of "Exchange" in config.h, or a value code of the kinds that the section
+ *              holds:
  *                numbers    CFC_ERR_NO_ROOM, CFC_ERR_BAD_ARGUMENT (empty), CFC_ERR_BAD_DIGIT,
  *                           CFC_ERR_OVERFLOW; CFC_ERR_BAD_VALUE for one too large for 8 or 16 bits
  *                addresses  CFC_ERR_NO_ROOM, CFC_ERR_NOT_AN_ADDRESS
@@ -47,9 +47,8 @@
  * Setters      CFC_OK                          every key was written, but for forgotten elements
  *              CFC_ERR_NO_SEM, CFC_ERR_NO_MSQ  no service runs; nothing was written
  *              CFC_ERR_NO_SECTION              there is no such section
- *              a code of "Exchange" in config.h
- *              a value code: of texts, CFC_ERR_BAD_ARGUMENT for one of 200 characters or more, or
- *              with CR or LF
+ *              or a code of "Exchange" in config.h, or a value code: of texts, CFC_ERR_BAD_ARGUMENT
+ *              for one of 200 characters or more, or with CR or LF.
  *              What was written before a failure stands. A missing key is created. What is written
  *              is kept over a restart only after a flush, cfc_flush_all_nosem().
  */
@@ -220,7 +219,7 @@ PROREFLAX_API PROREFLAX_CHECKED uint32_t gui_get_lan_ip_setting(uint32_t* addres
  * Writes the device's own address and netmask alone. 2 exchanges.
  *
  * @param address  its first part in the most significant byte: 192.168.62.1 is 0xC0A83E01
- * @param netmask  likewise
+ * @param netmask  its first part in the most significant byte, too
  * @return the results of "Setters"; the address stays written when only the netmask fails
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t gui_set_lan_ip_setting(uint32_t address, uint32_t netmask);
@@ -678,7 +677,7 @@ PROREFLAX_API PROREFLAX_CHECKED uint32_t get_device_cfg(char* opt);
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t set_device_cfg(const char* opt);
 
-/** Section "SENSORS". The sensors. 101 of them, index 0 to 100, on purpose. 202 exchanges. */
+/** Section "SENSORS". The sensors. 101 of them, index 0 to 100, on purpose. */
 typedef struct sensors_cfg {
   /** 101 texts, 255 characters: each sensor's data line, not interpreted by this library */
   char sdata[101][256];
@@ -897,7 +896,7 @@ PROREFLAX_API PROREFLAX_CHECKED uint32_t gui_get_web_password(char* user_name, c
  * reader shall find again has at most 31 characters, and so has a password.
  *
  * @param user_name  the name, at most 199 characters without CR or LF
- * @param password   the password, likewise
+ * @param password   the password, at most 199 characters without CR or LF
  * @return the results of "Setters", with the value codes of texts. Null gives CFC_ERR_BAD_ARGUMENT
  *         (not CFC_FAILED, on purpose), for a null password with the name written
  */

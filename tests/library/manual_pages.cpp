@@ -155,6 +155,24 @@ section_row row_of_the_page(const string& item) {
   return row;
 }
 
+string letters(string text) {
+  std::erase_if(text, [](unsigned char c) { return std::isalnum(c) == 0; });
+  return text;
+}
+
+/// The comment right before the declaration of a name.
+string comment_before(const string& name, const string& header) {
+  for (const char* const begin : {"\nPROREFLAX_API ", "\nstatic inline "}) {
+    for (std::size_t at = 0; (at = header.find(begin, at)) != string::npos; ++at) {
+      if (name_in(header.substr(at, header.find_first_of(";{", at) - at)) == name) {
+        const std::size_t comment = header.rfind("/**", at) + 3;
+        return header.substr(comment, at - comment);
+      }
+    }
+  }
+  throw std::runtime_error("no comment of " + name);
+}
+
 }  // namespace
 
 std::map<string, declaration> declarations() {
@@ -173,7 +191,7 @@ std::map<string, declaration> declarations() {
 }
 
 manual_page page_called(const string& file) {
-  manual_page page{file, files::text_of(pages / file), {}, {}, {}};
+  manual_page page{file, files::text_of(PROREFLAX_MAN_FOLDER "/man3/" + file), {}, {}, {}};
   page.names = matches(between(page.text, ".Sh NAME\n", ".Nd "), R"(^\.Nm (\w+))");
   page.synopsis = read_synopsis(between(page.text, ".Sh SYNOPSIS\n", "\n.Sh "));
   page.body = behind(page.text, ".Sh DESCRIPTION\n");
@@ -207,6 +225,26 @@ vector<section_row> sections_of_the_page() {
     rows.push_back(row_of_the_page(item));
   }
   return rows;
+}
+
+vector<string> contract_of(const declaration& declared) {
+  const string header = files::text_of(fs::path{headers}.parent_path() / declared.header);
+  const string comment = replaced(replaced(comment_before(declared.name, header), R"(^ \* ?)", ""),
+                                  "@return", "@Returns");
+  if (comment.find("*out. ") != string::npos || comment.find("*in, only") != string::npos) {
+    return {};
+  }
+  vector<string> parts = parts_behind("@", "@" + comment);
+  for (string& part : parts) {
+    part = letters(replaced(part, R"(^param )", ""));
+  }
+  return parts;
+}
+
+string letters_of_the_page(const manual_page& page) {
+  string text = replaced(page.body, R"(^\.(Pp|El|Bl .*)$)", "");
+  text = replaced(text, R"(^\.(It |Pf |Fn )((Fn|Fa|Dv|Pf|\() )*)", "");
+  return letters(replaced(text, R"(\\e|( Fn ))", " "));
 }
 
 vector<string> examples(const manual_page& page) {

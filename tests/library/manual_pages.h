@@ -34,7 +34,7 @@ struct section_row {
 /// What the public headers declare, exported or defined there.
 std::map<std::string, declaration> declarations();
 
-/// A page of docs/man.
+/// A page of section 3, as it is installed.
 manual_page page_called(const std::string& file);
 
 /// The pages of section 3.
@@ -45,6 +45,14 @@ std::vector<section_row> sections_of_the_library();
 
 /// The sections as their page lists them.
 std::vector<section_row> sections_of_the_page();
+
+/// The comment of a declaration in its header, as letters and digits alone: what it does, and each
+/// argument and the results. Of the getter or setter of a whole section, which its page has as a
+/// row of a list, nothing.
+std::vector<std::string> contract_of(const declaration& declared);
+
+/// The letters and digits of a page, without its markup.
+std::string letters_of_the_page(const manual_page& page);
 
 /// The programs and parts of programs that a page shows, without their markup.
 std::vector<std::string> examples(const manual_page& page);

@@ -51,3 +51,10 @@ std::set<string> listed_exports() {
       matches(between(files::text_of(PROREFLAX_EXPORTS), "global:", "local:"), R"(^\s*(\w+);$)");
   return {listed.begin(), listed.end()};
 }
+
+std::map<string, string> result_codes() {
+  const string header = files::text_of(PROREFLAX_SOURCE_DIR "/include/proreflax/result.h");
+  std::map<string, string> codes = paired_matches(header, R"(^ +(CFC_\w+) = (\d+)\b)");
+  codes.merge(paired_matches(header, R"(^#define (CFC_ERR_\w+) UINT32_C\((\w+)\))"));
+  return codes;
+}

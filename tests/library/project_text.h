@@ -26,4 +26,7 @@ std::string between(const std::string& text, const std::string& from, const std:
 /// What the version script lists between "global:" and "local:".
 std::set<std::string> listed_exports();
 
+/// The codes of result.h: names and numbers, as they are written there.
+std::map<std::string, std::string> result_codes();
+
 #endif

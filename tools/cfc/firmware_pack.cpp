@@ -7,7 +7,7 @@
 #include "firmware/image_header.h"
 #include "tools/cfc/firmware_image.h"
 #include "tools/cfc/result_text.h"
-#include "tools/replaced_file.h"
+#include "tools/writeflash/replaced_file.h"
 
 namespace cfc {
 

@@ -1,4 +1,4 @@
-#include "tools/flash_slots.h"
+#include "tools/writeflash/flash_slots.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 
 #include <random>
 
-#include "tests/tools/flash_files.h"
+#include "tests/tools/writeflash/flash_files.h"
 
 using namespace proreflax;
 using testing::AnyOf;

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "store/standard_descriptors.h"
-#include "tools/flash_slots.h"
+#include "tools/writeflash/flash_slots.h"
 
 namespace {
 

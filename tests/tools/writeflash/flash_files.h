@@ -1,7 +1,7 @@
 // A flash in a folder of its own, with a file to save from and one to read into; all of it is gone
 // with the object.
-#ifndef PROREFLAX_TESTS_TOOLS_FLASH_FILES_H
-#define PROREFLAX_TESTS_TOOLS_FLASH_FILES_H
+#ifndef PROREFLAX_TESTS_TOOLS_WRITEFLASH_FLASH_FILES_H
+#define PROREFLAX_TESTS_TOOLS_WRITEFLASH_FLASH_FILES_H
 
 #include <sched.h>
 #include <sys/mount.h>
@@ -17,8 +17,8 @@
 #include "tests/support/child.h"
 #include "tests/support/faults.h"
 #include "tests/support/files.h"
-#include "tools/flash_slots.h"
-#include "tools/slot_format.h"
+#include "tools/writeflash/flash_slots.h"
+#include "tools/writeflash/slot_format.h"
 
 inline unsigned mode_of(const std::string& path) {
   return static_cast<unsigned>(std::filesystem::status(path).permissions());

@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/power_cut.h"
-#include "tests/tools/flash_files.h"
-#include "tools/flash_slots.h"
+#include "tests/tools/writeflash/flash_files.h"
+#include "tools/writeflash/flash_slots.h"
 
 using namespace proreflax;
 using testing::AnyOf;

@@ -1,4 +1,4 @@
-#include "tools/slot_format.h"
+#include "tools/writeflash/slot_format.h"
 
 #include <gtest/gtest.h>
 

@@ -2,9 +2,9 @@
 //
 // All numbers are big-endian, so that a slot can be carried from one machine to another. The
 // checksum covers every other byte of the slot. A header of zeros is no header, and neither is any
-// mixture of zeros and the front of one: its checksum stands last. docs/flash-slots.md draws it.
-#ifndef PROREFLAX_TOOLS_SLOT_FORMAT_H
-#define PROREFLAX_TOOLS_SLOT_FORMAT_H
+// mixture of zeros and the front of one: its checksum stands last. proreflax_flash(5) describes it.
+#ifndef PROREFLAX_TOOLS_WRITEFLASH_SLOT_FORMAT_H
+#define PROREFLAX_TOOLS_WRITEFLASH_SLOT_FORMAT_H
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
 // A path put together from parts, in a buffer of its own.
-#ifndef PROREFLAX_TOOLS_PATH_TEXT_H
-#define PROREFLAX_TOOLS_PATH_TEXT_H
+#ifndef PROREFLAX_TOOLS_WRITEFLASH_PATH_TEXT_H
+#define PROREFLAX_TOOLS_WRITEFLASH_PATH_TEXT_H
 
 #include <climits>
 #include <cstdio>

@@ -1,6 +1,6 @@
 // One line about what went wrong: the file, a colon and the reason. Empty when all is well.
-#ifndef PROREFLAX_TOOLS_REMARK_H
-#define PROREFLAX_TOOLS_REMARK_H
+#ifndef PROREFLAX_TOOLS_WRITEFLASH_REMARK_H
+#define PROREFLAX_TOOLS_WRITEFLASH_REMARK_H
 
 #include <cerrno>
 #include <climits>

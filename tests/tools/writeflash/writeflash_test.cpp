@@ -9,7 +9,7 @@
 #include <fstream>
 
 #include "tests/support/device_root.h"
-#include "tests/tools/flash_files.h"
+#include "tests/tools/writeflash/flash_files.h"
 
 using testing::EndsWith;
 using testing::HasSubstr;

@@ -1,5 +1,5 @@
 // The system calls behind an open file.
-#include "tools/open_file.h"
+#include "tools/writeflash/open_file.h"
 
 #include <sys/file.h>
 #include <unistd.h>

@@ -1,5 +1,5 @@
 // Written aside, synced, renamed.
-#include "tools/replaced_file.h"
+#include "tools/writeflash/replaced_file.h"
 
 #include <unistd.h>
 

@@ -6,14 +6,14 @@
 // - the other slot is given up only when the newest one is on the flash, header included: a run
 //   that was killed may have left a header that no power cut survives;
 // - a slot whose save failed is emptied, so that a text reported as not saved is not found later.
-#include "tools/flash_slots.h"
+#include "tools/writeflash/flash_slots.h"
 
 #include <unistd.h>
 
-#include "tools/open_file.h"
-#include "tools/path_text.h"
-#include "tools/replaced_file.h"
-#include "tools/slot_format.h"
+#include "tools/writeflash/open_file.h"
+#include "tools/writeflash/path_text.h"
+#include "tools/writeflash/replaced_file.h"
+#include "tools/writeflash/slot_format.h"
 
 namespace proreflax {
 namespace {

@@ -8,10 +8,10 @@
 //
 // Both operations hold a lock on the folder, and wait for a process that holds it. They need some
 // 40 KiB of stack, whatever the text's length, and no heap.
-#ifndef PROREFLAX_TOOLS_FLASH_SLOTS_H
-#define PROREFLAX_TOOLS_FLASH_SLOTS_H
+#ifndef PROREFLAX_TOOLS_WRITEFLASH_FLASH_SLOTS_H
+#define PROREFLAX_TOOLS_WRITEFLASH_FLASH_SLOTS_H
 
-#include "tools/remark.h"
+#include "tools/writeflash/remark.h"
 
 namespace proreflax {
 

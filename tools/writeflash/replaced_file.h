@@ -2,11 +2,11 @@
 //
 // It is written under another name, the path and ".part", and renamed when all of it is on the
 // disk. A run that is killed may leave that other file behind; the next one removes it.
-#ifndef PROREFLAX_TOOLS_REPLACED_FILE_H
-#define PROREFLAX_TOOLS_REPLACED_FILE_H
+#ifndef PROREFLAX_TOOLS_WRITEFLASH_REPLACED_FILE_H
+#define PROREFLAX_TOOLS_WRITEFLASH_REPLACED_FILE_H
 
-#include "tools/open_file.h"
-#include "tools/path_text.h"
+#include "tools/writeflash/open_file.h"
+#include "tools/writeflash/path_text.h"
 
 namespace proreflax {
 

@@ -3,8 +3,8 @@
 // Every call tells whether it was done, and if not, says why in the remark, under the file's path.
 // One that a signal interrupted is made again. What close() says is not heard: whatever must be on
 // the flash was synced before.
-#ifndef PROREFLAX_TOOLS_OPEN_FILE_H
-#define PROREFLAX_TOOLS_OPEN_FILE_H
+#ifndef PROREFLAX_TOOLS_WRITEFLASH_OPEN_FILE_H
+#define PROREFLAX_TOOLS_WRITEFLASH_OPEN_FILE_H
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -13,7 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "tools/remark.h"
+#include "tools/writeflash/remark.h"
 
 namespace proreflax {
 
