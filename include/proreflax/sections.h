@@ -210,8 +210,9 @@ PROREFLAX_API PROREFLAX_CHECKED uint32_t gui_set_lan_info(const lan_info* in);
  *
  * @param address  receives the address; untouched when it cannot be read
  * @param netmask  receives the netmask; untouched by every failure
- * @return the results of "Getters", with the value codes of addresses; CFC_ERR_BAD_ARGUMENT also
- *         for a null pointer, with address filled when only netmask is null
+ * @return the results of "Getters", with the value codes of addresses; CFC_ERR_NOT_AN_ADDRESS also
+ *         for a null pointer, once its value was read, with address filled when only netmask is
+ *         null
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t gui_get_lan_ip_setting(uint32_t* address,
                                                                 uint32_t* netmask);
