@@ -28,6 +28,7 @@ set(PROREFLAX_SOURCES
   store/life_cycle.cpp
   store/section_store.cpp
   wireless/associate.cpp
+  wireless/decimal_number.cpp
   wireless/event_log.cpp
   wireless/fixed_answers.cpp
   wireless/mac_text.cpp
