@@ -929,7 +929,7 @@ PROREFLAX_API int32_t gui_get_offsetTime(void);
  *
  * @return a text of the library that the next call overwrites; empty for a year that has no text
  */
-PROREFLAX_API const char* gui_get_localtime(void);
+PROREFLAX_API char* gui_get_localtime(void);
 
 /*
  * Six entry points that are kept for programs that link them and do nothing: they touch neither
