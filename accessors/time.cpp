@@ -87,7 +87,7 @@ std::int32_t gui_get_offsetTime() {
   return g_offset_time;
 }
 
-const char* gui_get_localtime() {
+char* gui_get_localtime() {
   std::time_t local = std::time(nullptr);
   local += gui_get_offsetTime();
   const std::tm* parts = std::localtime(&local);

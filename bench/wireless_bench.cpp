@@ -1,12 +1,11 @@
-// The readers of the wireless driver's texts, against opening, reading and closing the same file:
-// what no reader can do without. The texts are those that come with the device of a development
-// machine.
+// The readers of the wireless driver's texts, against opening, reading and closing the same file as a
+// stream: what no reader can do without. The texts are those that come with the device of a
+// development machine.
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
 #include <proreflax/wireless.h>
-#include <unistd.h>
 
 #include <cstdint>
+#include <cstdio>
 
 #include "bench/ratio.h"
 #include "wireless/proc_file.h"
@@ -19,9 +18,12 @@ constexpr int calls_per_round = 200;
 
 bool open_read_and_close(const char* path) {
   static char buffer[proreflax::proc_buf_capacity];
-  const int file = open(path, O_RDONLY | O_CLOEXEC);
-  const bool done = read(file, buffer, sizeof buffer - 1) > 0;
-  return close(file) == 0 && done;
+  std::FILE* const file = std::fopen(path, "r");
+  if (file == nullptr) {
+    return false;
+  }
+  const bool done = std::fread(buffer, 1, sizeof buffer - 1, file) > 0;
+  return std::fclose(file) == 0 && done;
 }
 
 std::uint32_t status() {

@@ -28,12 +28,19 @@ set(PROREFLAX_SOURCES
   store/life_cycle.cpp
   store/section_store.cpp
   wireless/associate.cpp
+  wireless/decimal_number.cpp
   wireless/event_log.cpp
   wireless/fixed_answers.cpp
   wireless/mac_text.cpp
   wireless/proc_file.cpp
   wireless/status.cpp)
 list(TRANSFORM PROREFLAX_SOURCES PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
+
+# Parts of the store engine that no operation calls and that ship all the same: hidden functions,
+# named to the linker because it drops what nothing refers to.
+set(PROREFLAX_KEPT
+  _ZN9proreflax15config_run_gzipEiPKc
+  _ZN9proreflax17config_parse_lineEPc)
 
 # proreflax_add_library(NAME ROOT [FLASH source])
 #
@@ -64,6 +71,8 @@ function(proreflax_add_library name root)
     "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>")
   target_link_options(${name} PRIVATE
     "-Wl,--version-script=${PROREFLAX_EXPORTS}" -Wl,--gc-sections -Wl,-z,relro)
+  list(TRANSFORM PROREFLAX_KEPT PREPEND -Wl,--undefined= OUTPUT_VARIABLE kept)
+  target_link_options(${name} PRIVATE ${kept})
   if(NOT PROREFLAX_SANITIZE)
     # No C++ runtime can slip in: it is not even offered to the linker.
     target_link_options(${name} PRIVATE -nodefaultlibs -Wl,-z,defs)

@@ -7,12 +7,9 @@
 #include <cstdint>
 #include <string>
 
-using mac_bytes = std::array<std::uint8_t, 6>;
+#include "fuzz/naive_bytes.h"
 
-/// The text from a place on, empty behind its end.
-inline std::string from(const std::string& text, std::size_t place) {
-  return place < text.size() ? text.substr(place) : "";
-}
+using mac_bytes = std::array<std::uint8_t, 6>;
 
 inline void naive_mac(const std::string& text, mac_bytes& bytes) {
   const std::string digits = "0123456789abcdefABCDEF";

@@ -37,7 +37,7 @@ naive_log naive_read(const std::string& text) {
     return log;
   }
   log.count = naive_number(text.substr(13).c_str());
-  const std::size_t first_newline = text.find('\n');
+  const std::size_t first_newline = find_before_nul(text, '\n', 0);
   if (log.count >= 1 && first_newline == std::string::npos) {
     log.count = 0;
   }
@@ -45,16 +45,16 @@ naive_log naive_read(const std::string& text) {
   for (int i = 0; i < log.count; ++i) {
     naive_event& event = log.events.emplace_back();
     event.number = naive_number(from(text, row).c_str());
-    const std::size_t colon = row < text.size() ? text.find(':', row) : std::string::npos;
+    const std::size_t colon = find_before_nul(text, ':', row);
     if (colon == std::string::npos) {
       log.result = 1;
       return log;
     }
     naive_mac(text.substr(colon - 2), event.mac);
     const std::size_t start = colon - 2 + 17;
-    const std::size_t newline = start < text.size() ? text.find('\n', start) : std::string::npos;
+    const std::size_t newline = find_before_nul(text, '\n', start);
     const std::size_t length = newline == std::string::npos ? newline : newline - start;
-    event.message = from(text, start).substr(0, std::min<std::size_t>(length, 79));
+    event.message = from(text, start).substr(0, std::min<std::size_t>(length, 79)).c_str();
     if (newline == std::string::npos || text.size() - (newline + 1) < 7) {
       return log;
     }
@@ -73,15 +73,15 @@ void check_event(const wls_event_log_entry& event, const naive_event& expected) 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string all{reinterpret_cast<const char*>(data), std::min<std::size_t>(size, 4095)};
-  const std::string text = all.substr(0, all.find('\0'));
+  const std::string text{reinterpret_cast<const char*>(data), std::min<std::size_t>(size, 4095)};
   const std::unique_ptr<char[]> copy{new char[text.size() + 1]};
   std::memcpy(copy.get(), text.c_str(), text.size() + 1);
   constexpr wls_event_log_entry untouched = {unset, {9, 9, 9, 9, 9, 9}, "unset"};
   std::vector<wls_event_log_entry> table(WLS_EVENT_LOG_ROWS_MAX, untouched);
   int count = unset;
 
-  const std::uint32_t result = proreflax::parse_wls_event_log(copy.get(), &count, table.data());
+  const std::uint32_t result =
+      proreflax::parse_wls_event_log(copy.get(), text.size(), &count, table.data());
   naive_log expected = naive_read(text);
   require(result == expected.result, "both readers give the same result");
   require(count == expected.count, "both readers give the same count");

@@ -27,11 +27,13 @@ struct naive_station {
 bool naive_read(const std::string& text, std::vector<naive_station>& stations) {
   const std::string header = "Ralink Assocation Table\n";
   const std::string whole = text.substr(0, text.rfind('\n') + 1);
-  std::size_t row = whole.find(header);
+  std::size_t row = whole.substr(0, whole.find('\0')).find(header);
   if (row == std::string::npos) {
     return false;
   }
-  for (row += header.size(); row < whole.size(); row = whole.find('\n', row) + 1) {
+  row += header.size();
+  for (std::size_t newline = 0; (newline = find_before_nul(whole, '\n', row)) != std::string::npos;
+       row = newline + 1) {
     naive_station& station = stations.emplace_back();
     naive_mac(from(whole, row + 5), station.mac);
     station.number = naive_number(from(whole, row + 29).c_str());
@@ -42,15 +44,15 @@ bool naive_read(const std::string& text, std::vector<naive_station>& stations) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string all{reinterpret_cast<const char*>(data), std::min<std::size_t>(size, 4095)};
-  const std::string text = all.substr(0, all.find('\0'));
+  const std::string text{reinterpret_cast<const char*>(data), std::min<std::size_t>(size, 4095)};
   const std::unique_ptr<char[]> copy{new char[text.size() + 1]};
   std::memcpy(copy.get(), text.c_str(), text.size() + 1);
   constexpr wls_associate_entry untouched = {unset, {9, 9, 9, 9, 9, 9}};
   std::vector<wls_associate_entry> table(WLS_ASSOCIATE_ROWS_MAX, untouched);
   int count = unset;
 
-  const std::uint32_t result = proreflax::parse_wls_associate(copy.get(), table.data(), &count);
+  const std::uint32_t result =
+      proreflax::parse_wls_associate(copy.get(), text.size(), table.data(), &count);
   std::vector<naive_station> expected;
   const bool found = naive_read(text, expected);
   require(result == (found ? 0U : 1U), "both readers find the same header");

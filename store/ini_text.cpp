@@ -16,7 +16,18 @@ struct close_file {
 };
 using open_file = std::unique_ptr<std::FILE, close_file>;
 
-std::uint32_t add_line(store_filler& store, char* text) {
+/// What a line adds to the store, whoever filled it before.
+struct any_store {
+  cfg_segment* add_section(const char* name) { return g_config_mgmt.cache = segment_alloc(name); }
+
+  std::uint32_t add_item(const char* key, const char* value, std::uint32_t /*value_length*/) {
+    return item_set(g_config_mgmt.cache, key, value);
+  }
+};
+
+/// Adds through a store_filler in a load, through any_store elsewhere.
+template <typename Store>
+std::uint32_t add_line(Store& store, char* text) {
   const ini_line line = read_ini_line(text);
   if (line.fault != line_fault::none) {
     return CFC_ERR_BAD_VALUE;
@@ -108,7 +119,7 @@ bool export_section(const cfg_segment& section, std::FILE* stream) {
 }  // namespace
 
 std::uint32_t config_parse_line(char* line) {
-  store_filler store;
+  any_store store;
   return add_line(store, line);
 }
 

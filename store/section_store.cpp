@@ -202,10 +202,7 @@ std::uint32_t cfg_hash(const char* text, std::uint32_t* length) {
 
 cfg_segment* segment_find(const char* name) {
   cfg_segment* const cached = g_config_mgmt.cache;
-  if (cached == nullptr) {
-    return nullptr;
-  }
-  if (std::strcmp(cfg_segment_name(cached), name) == 0) {
+  if (cached != nullptr && std::strcmp(cfg_segment_name(cached), name) == 0) {
     return cached;
   }
   cfg_segment* const found = *find_link(hashed_text{name});
@@ -308,11 +305,11 @@ cfg_segment* segment_alloc(const char* name) {
 // What it calls is compiled into it: the one function that every request for a value goes through.
 [[gnu::flatten]] std::uint32_t cfc_get_val(const char* section, const char* key, char* out,
                                            std::uint32_t* length) {
-  if (section == nullptr || key == nullptr || out == nullptr || length == nullptr) {
-    return CFC_ERR_BAD_ARGUMENT;
-  }
   if (has_flag(CFG_BUSY)) {
     return CFC_ERR_BUSY;
+  }
+  if (section == nullptr || key == nullptr) {
+    return CFC_ERR_BAD_ARGUMENT;
   }
   cfg_segment* const found = segment_find(section);
   if (found == nullptr) {
@@ -322,6 +319,9 @@ cfg_segment* segment_alloc(const char* name) {
   if (const std::uint32_t result = item_find(found, key, &value); result != CFC_OK) {
     return result;
   }
+  if (out == nullptr || length == nullptr) {
+    return CFC_ERR_BAD_ARGUMENT;
+  }
   *length = found->current->val_len;
   // Not memcpy: knowing that a value has at most 255 bytes, compilers put a string instruction in
   // its place, which takes longer than all the rest of this function.
@@ -330,16 +330,18 @@ cfg_segment* segment_alloc(const char* name) {
 }
 
 std::uint32_t cfc_set_val(const char* section, const char* key, const char* value) {
-  if (section == nullptr || key == nullptr || value == nullptr || std::strlen(key) > key_len_max ||
-      std::strlen(value) > val_len_max) {
-    return CFC_ERR_BAD_ARGUMENT;
-  }
   if (has_flag(CFG_BUSY)) {
     return CFC_ERR_BUSY;
+  }
+  if (section == nullptr || key == nullptr || value == nullptr) {
+    return CFC_ERR_BAD_ARGUMENT;
   }
   cfg_segment* const found = segment_find(section);
   if (found == nullptr) {
     return CFC_ERR_NO_SECTION;
+  }
+  if (std::strlen(key) > key_len_max || std::strlen(value) > val_len_max) {
+    return CFC_ERR_BAD_ARGUMENT;
   }
   const std::uint32_t result = item_set(found, key, value);
   if (result == CFC_OK) {

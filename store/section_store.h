@@ -19,8 +19,8 @@ namespace proreflax {
 /// h * 31 + byte over the text, from 0, wrapping. The text's length goes to `length`.
 std::uint32_t cfg_hash(const char* text, std::uint32_t* length);
 
-/// The section of that name, or null. Looks at the cache first and moves it to a section found. A
-/// store that was never loaded, or was closed, has no cache and holds nothing.
+/// The section of that name, or null. Looks at the cache first and moves it to a section found. The
+/// cache is null in an empty store, and until the first section is found in one that was not loaded.
 cfg_segment* segment_find(const char* name);
 
 /// 0 and the value's address, with the cursor on the entry; or 201 and null.

@@ -11,6 +11,42 @@
 #include "transport/lock.h"
 
 namespace proreflax {
+namespace {
+
+/// Replies that are still to come, because a signal interrupted the receive: how many, on which
+/// queue and under which message type. A forked child has another type, and a queue that was
+/// replaced took its replies with it: neither is owed anything.
+struct owed_replies {
+  int queue_id;
+  std::int32_t type;
+  unsigned count;
+
+  bool are_for(std::int32_t reply_type) const {
+    return count > 0 && type == reply_type && queue_id == g_cfc_msq_id;
+  }
+};
+
+owed_replies owed;
+
+void note_interruption(std::int32_t reply_type) {
+  const unsigned before = owed.are_for(reply_type) ? owed.count : 0;
+  owed = {g_cfc_msq_id, reply_type, before + 1};
+}
+
+/// Removes what waits under the process's message type before it asks again. A service that is still
+/// busy with the old request replies later: its reply is then taken for the next one, and the count
+/// stays, so that one of the exchanges to come removes the surplus reply.
+void remove_owed_replies(std::int32_t reply_type) {
+  if (!owed.are_for(reply_type)) {
+    return;
+  }
+  long removed_type = 0;  // without room for the text, which is cut off
+  while (msgrcv(g_cfc_msq_id, &removed_type, 0, reply_type, IPC_NOWAIT | MSG_NOERROR) != -1) {
+    owed.count -= owed.count > 0 ? 1 : 0;
+  }
+}
+
+}  // namespace
 
 cfc_msg* cfc_msg_alloc(std::uint32_t payload_bytes) {
   const auto size = static_cast<std::uint16_t>(payload_bytes + sizeof(cfc_msg));
@@ -26,9 +62,10 @@ cfc_msg* cfc_msg_alloc(std::uint32_t payload_bytes) {
   return msg;
 }
 
-std::uint32_t cfc_exchange(cfc_msg* msg) {
+std::uint32_t cfc_exchange(cfc_msg* msg, std::size_t* text_bytes) {
   msg->mtype = request_type;
   msg->reply_mtype = getpid() + reply_type_bias;
+  remove_owed_replies(msg->reply_mtype);
   if (msgsnd(g_cfc_msq_id, &msg->mtype, msg->used_len - text_off, 0) != 0) {
     const int error = errno;
     std::printf("msq_id=%d, mtype=%d, real_len=%d\n", g_cfc_msq_id, static_cast<int>(msg->mtype),
@@ -36,17 +73,32 @@ std::uint32_t cfc_exchange(cfc_msg* msg) {
     return static_cast<std::uint32_t>(error);
   }
   // No time limit and no truncation flag, on purpose: a reply that is too long stays on the queue.
+  msg->mtype = msg->reply_mtype;
   const ssize_t received =
-      msgrcv(g_cfc_msq_id, &msg->mtype, msg->capacity - text_off, msg->reply_mtype, 0);
+      msgrcv(g_cfc_msq_id, &msg->mtype, msg->capacity - text_off, msg->mtype, 0);
   if (received < 0) {
-    return static_cast<std::uint32_t>(errno);
+    const int error = errno;
+    if (error == EINTR) {
+      note_interruption(msg->reply_mtype);
+    }
+    return static_cast<std::uint32_t>(error);
   }
-  return static_cast<std::size_t>(received) < text_header_bytes ? CFC_ERR_BAD_VALUE : CFC_OK;
+  if (text_bytes != nullptr) {
+    *text_bytes = static_cast<std::size_t>(received);
+  }
+  return CFC_OK;
 }
 
-std::uint32_t ask(cfc_msg& msg) {
-  const std::uint32_t result = cfc_exchange(&msg);
-  return result == CFC_OK ? msg.op_result : result;
+std::uint32_t ask(cfc_msg& msg, std::size_t success_bytes) {
+  std::size_t text_bytes = 0;
+  if (const std::uint32_t result = cfc_exchange(&msg, &text_bytes); result != CFC_OK) {
+    return result;
+  }
+  const bool has_result = text_bytes >= text_result_bytes;
+  if (!has_result || (msg.op_result == CFC_OK && text_bytes < success_bytes)) {
+    return CFC_ERR_BAD_VALUE;
+  }
+  return msg.op_result;
 }
 
 }  // namespace proreflax

@@ -37,6 +37,9 @@ using cfc_msg = basic_cfc_msg<long>;
 inline constexpr std::size_t text_off = offsetof(cfc_msg, reply_mtype);
 inline constexpr std::size_t text_header_bytes = sizeof(cfc_msg) - text_off;
 
+/// The part of it that ends with op_result.
+inline constexpr std::size_t text_result_bytes = offsetof(cfc_msg, section_off) - text_off;
+
 template <typename Record, std::size_t Mtype, std::size_t Text, std::size_t Header>
 constexpr bool laid_out_as() {
   return offsetof(Record, capacity) == 0 && offsetof(Record, used_len) == 2 &&
@@ -47,7 +50,7 @@ constexpr bool laid_out_as() {
 }
 static_assert(laid_out_as<basic_cfc_msg<std::int32_t>, 4, 8, 24>(), "32-bit platforms");
 static_assert(laid_out_as<basic_cfc_msg<std::int64_t>, 8, 16, 32>(), "64-bit platforms");
-static_assert(text_header_bytes == 16);
+static_assert(text_header_bytes == 16 && text_result_bytes == 8);
 
 /// The message type of every request.
 inline constexpr long request_type = 1;
@@ -82,12 +85,14 @@ using owned_msg = std::unique_ptr<cfc_msg, free_memory>;
 cfc_msg* cfc_msg_alloc(std::uint32_t payload_bytes);
 
 /// Sends the record over the queue that cfc_get_mutex() attached, and waits for the reply into the
-/// same memory. 0 when a whole header came back (the service's verdict is then in op_result), 205
-/// when less did, else the errno of the call that failed. Needs the access lock held.
-std::uint32_t cfc_exchange(cfc_msg* msg);
+/// same memory. 0 when both succeeded, else the errno of the call that failed. `text_bytes` receives
+/// how much of the message text the reply has overwritten: the rest is still the request's. Needs
+/// the access lock held.
+std::uint32_t cfc_exchange(cfc_msg* msg, std::size_t* text_bytes = nullptr);
 
-/// cfc_exchange(), and on its success the service's verdict.
-std::uint32_t ask(cfc_msg& msg);
+/// cfc_exchange(), and on its success the service's result. 205 for a reply that does not reach as
+/// far as that, or one that reports success and has less than `success_bytes` of message text.
+std::uint32_t ask(cfc_msg& msg, std::size_t success_bytes = text_result_bytes);
 
 }  // namespace proreflax
 

@@ -61,7 +61,7 @@ std::uint32_t __cfc_get_raw_sem(const char* section, const char* key, char* out,
   if (msg == nullptr) {
     return CFC_ERR_NO_MEMORY;
   }
-  if (const std::uint32_t result = ask(*msg); result != CFC_OK) {
+  if (const std::uint32_t result = ask(*msg, text_header_bytes); result != CFC_OK) {
     return result;
   }
   if (*length < msg->value_len) {

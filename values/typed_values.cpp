@@ -44,9 +44,6 @@ using short_text = char[16];
 
 template <typename Number>
 std::uint32_t get_number(int locked, const char* section, const char* key, Number* out) {
-  if (out == nullptr) {
-    return CFC_ERR_BAD_ARGUMENT;
-  }
   short_text text;
   if (const std::uint32_t result = get_text(locked, section, key, text); result != CFC_OK) {
     return result;
@@ -57,6 +54,9 @@ std::uint32_t get_number(int locked, const char* section, const char* key, Numbe
   }
   if (number > std::numeric_limits<Number>::max()) {
     return CFC_ERR_BAD_VALUE;
+  }
+  if (out == nullptr) {
+    return CFC_ERR_BAD_ARGUMENT;
   }
   *out = static_cast<Number>(number);
   return CFC_OK;
@@ -98,22 +98,23 @@ std::uint32_t __cfc_get_u16(int locked, const char* section, const char* key, st
 }
 
 std::uint32_t __cfc_get_u32(int locked, const char* section, const char* key, std::uint32_t* out) {
+  short_text text;
+  if (const std::uint32_t result = get_text(locked, section, key, text); result != CFC_OK) {
+    return result;
+  }
+  // Parsed straight into the caller's number: the parser begins by storing 0 there, so a string
+  // that is not a number leaves 0, and a null output is refused whatever the string is.
   if (out == nullptr) {
     return CFC_ERR_BAD_ARGUMENT;
   }
-  short_text text;
-  const std::uint32_t result = get_text(locked, section, key, text);
-  // Parsed straight into the caller's number, which a text that is no number therefore sets to 0.
-  return result == CFC_OK ? cfc_str_to_u32(text, out) : result;
+  return cfc_str_to_u32(text, out);
 }
 
 std::uint32_t __cfc_get_ip(int locked, const char* section, const char* key, std::uint32_t* out) {
-  if (out == nullptr) {
-    return CFC_ERR_BAD_ARGUMENT;
-  }
   short_text text;
   const std::uint32_t result = get_text(locked, section, key, text);
-  // A malformed address is -1 as it stands, all ones, on purpose: callers tell it from 205.
+  // A malformed address, or a null output, is the conversion's -1 unchanged, all ones, on purpose:
+  // callers tell it from 205.
   return result == CFC_OK ? static_cast<std::uint32_t>(translate_ip_to_u32(text, out)) : result;
 }
 

@@ -8,7 +8,7 @@
 
 #include <cstring>
 
-#include "wireless/decimal_text.h"
+#include "wireless/decimal_number.h"
 #include "wireless/driver_text.h"
 #include "wireless/mac_text.h"
 #include "wireless/proc_file.h"
@@ -21,13 +21,16 @@ constexpr char header[] = "Ralink Assocation Table\n";
 constexpr std::size_t header_length = sizeof header - 1;
 constexpr std::size_t mac_column = 5;
 constexpr std::size_t number_column = 29;
+constexpr std::size_t shortest_cut = 4;  // bytes of a text of which a row may be cut off
 
 static_assert(proc_buf_capacity - 1 - header_length == WLS_ASSOCIATE_ROWS_MAX);
 
-/// Ends the text behind its last newline, as what follows is a row that was cut off, and returns
-/// that end.
-const char* drop_cut_row(char* text) {
-  std::size_t length = std::strlen(text);
+/// Ends the text after its last newline, as what follows is a row that was cut off, and returns that
+/// end.
+const char* drop_cut_row(char* text, std::size_t length) {
+  if (length < shortest_cut) {
+    return text + length;
+  }
   while (length > 0 && text[length - 1] != '\n') {
     --length;
   }
@@ -37,18 +40,22 @@ const char* drop_cut_row(char* text) {
 
 }  // namespace
 
-std::uint32_t parse_wls_associate(char* text, wls_associate_entry* table, int* count) {
-  const char* const end = drop_cut_row(text);
+std::uint32_t parse_wls_associate(char* text, std::size_t length, wls_associate_entry* table,
+                                  int* count) {
+  const char* const end = drop_cut_row(text, length);
   const char* row = std::strstr(text, header);
   if (row == nullptr) {
     return CFC_FAILED;
   }
   row += header_length;
   int rows = 0;
-  for (; *row != '\0' && rows < WLS_ASSOCIATE_ROWS_MAX; ++rows) {
+  // A row without a newline was cut off, by a NUL, and is left out.
+  const char* newline = std::strchr(row, '\n');
+  for (; newline != nullptr && rows < WLS_ASSOCIATE_ROWS_MAX; ++rows) {
     static_cast<void>(parse_mac_text(ahead(row, mac_column, end), table[rows].mac));
     table[rows].number = decimal_number(ahead(row, number_column, end));
-    row = std::strchr(row, '\n') + 1;
+    row = newline + 1;
+    newline = std::strchr(row, '\n');
   }
   *count = rows;
   return CFC_OK;
@@ -65,5 +72,5 @@ std::uint32_t gui_get_wls_associate(wls_associate_entry* table, int* count) {
       read_proc_file(status_file, &text, &length) != CFC_OK) {
     return CFC_FAILED;
   }
-  return parse_wls_associate(text, table, count);
+  return parse_wls_associate(text, length, table, count);
 }

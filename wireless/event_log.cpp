@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "wireless/decimal_text.h"
+#include "wireless/decimal_number.h"
 #include "wireless/driver_text.h"
 #include "wireless/mac_text.h"
 #include "wireless/proc_file.h"
@@ -31,17 +31,16 @@ constexpr std::size_t rows_room = proc_buf_capacity - 1 - (1 + lead_length);
 static_assert((rows_room + row_distance - 1) / row_distance == WLS_EVENT_LOG_ROWS_MAX);
 static_assert(message_length_max < WLS_MESSAGE_SIZE);
 
-/// Reads the message that begins at `text` and returns where the next row begins: behind a newline,
-/// or at the end of the text.
+/// Reads the message that begins at `text` and returns where the next row begins: after a newline,
+/// or at the end of the text when the message has none.
 const char* read_message(const char* text, const char* end, wls_event_log_entry* entry) {
-  const void* const newline = std::memchr(text, '\n', left(text, end));
-  const char* const stop = newline == nullptr ? end : static_cast<const char*>(newline);
+  const char* const stop = text + std::strcspn(text, "\n");
   const std::size_t kept = std::min(left(text, stop), message_length_max);
   // Not memcpy(): knowing the bound, compilers expand that into a string instruction, which takes
   // longer to start than the rest of the row.
   std::copy_n(text, kept, entry->message);
   entry->message[kept] = '\0';
-  return ahead(stop, 1, end);
+  return *stop == '\n' ? stop + 1 : end;
 }
 
 /// Reads the row at `text` and returns where the next one begins; null when the row holds no ':'.
@@ -59,9 +58,10 @@ const char* read_row(const char* text, const char* end, wls_event_log_entry* ent
 
 }  // namespace
 
-std::uint32_t parse_wls_event_log(const char* text, int* count, wls_event_log_entry* table) {
-  const char* const end = text + std::strlen(text);
-  if (left(text, end) <= label_length) {
+std::uint32_t parse_wls_event_log(const char* text, std::size_t length, int* count,
+                                  wls_event_log_entry* table) {
+  const char* const end = text + length;
+  if (length <= label_length) {
     return CFC_FAILED;
   }
   *count = decimal_number(text + label_length);
@@ -99,5 +99,5 @@ std::uint32_t gui_get_wls_event_log_table(int* count, wls_event_log_entry* table
       read_proc_file(event_log_file, &text, &length) != CFC_OK) {
     return CFC_FAILED;
   }
-  return parse_wls_event_log(text, count, table);
+  return parse_wls_event_log(text, length, count, table);
 }

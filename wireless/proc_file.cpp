@@ -1,14 +1,15 @@
 // Reading a driver's text.
 //
-// One buffer serves every read, so nothing is allocated. A driver may hand its text over in pieces:
-// the read goes on until the buffer is full or the text has ended.
+// One buffer serves every read, so nothing is allocated for the text. The stream has no buffer of
+// its own: fread() fills g_proc_buf directly. A driver may hand its text over in pieces; fread()
+// goes on until there is no more room or the text has ended. A read error ends the text as well:
+// fread() reports it as a short count, and what was read until then is parsed.
 #include "wireless/proc_file.h"
 
-#include <fcntl.h>
 #include <proreflax/result.h>
-#include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 
 namespace proreflax {
 
@@ -16,34 +17,6 @@ std::int32_t g_proc_buf_size = proc_buf_capacity;
 char g_proc_buf[proc_buf_capacity];
 
 namespace {
-
-class open_file {
- public:
-  explicit open_file(const char* path) : descriptor_{open(path, O_RDONLY | O_CLOEXEC)} {}
-  ~open_file() {
-    if (is_open()) {
-      close(descriptor_);
-    }
-  }
-  open_file(const open_file&) = delete;
-  open_file& operator=(const open_file&) = delete;
-
-  bool is_open() const { return descriptor_ >= 0; }
-
-  /// How many bytes were read; negative on failure.
-  ssize_t read_up_to(char* buffer, std::size_t size) const {
-    std::size_t have = 0;
-    ssize_t more = 1;
-    while (have < size && more > 0) {
-      more = read(descriptor_, buffer + have, size - have);
-      have += more > 0 ? static_cast<std::size_t>(more) : 0;
-    }
-    return more < 0 ? more : static_cast<ssize_t>(have);
-  }
-
- private:
-  int descriptor_;
-};
 
 /// Room for text in the buffer, its NUL left out, whatever g_proc_buf_size says.
 std::size_t room() {
@@ -54,17 +27,16 @@ std::size_t room() {
 }  // namespace
 
 std::uint32_t read_proc_file(const char* path, char** text, std::size_t* length) {
-  const open_file file{path};
-  if (!file.is_open()) {
+  std::FILE* const file = std::fopen(path, "r");
+  if (file == nullptr) {
     return CFC_FAILED;
   }
-  const ssize_t count = file.read_up_to(g_proc_buf, room());
-  if (count < 0) {
-    return CFC_FAILED;
-  }
+  std::setvbuf(file, nullptr, _IONBF, 0);
+  const std::size_t count = std::fread(g_proc_buf, 1, room(), file);
+  std::fclose(file);
   g_proc_buf[count] = '\0';
   *text = g_proc_buf;
-  *length = static_cast<std::size_t>(count);
+  *length = count;
   return CFC_OK;
 }
 

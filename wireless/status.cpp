@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "wireless/decimal_text.h"
+#include "wireless/decimal_number.h"
 #include "wireless/driver_text.h"
 #include "wireless/proc_file.h"
 

@@ -1,4 +1,4 @@
-// Moving ahead in a text without ever passing its NUL.
+// Moving ahead in a text without ever passing its end.
 #ifndef PROREFLAX_WIRELESS_TEXT_POSITION_H
 #define PROREFLAX_WIRELESS_TEXT_POSITION_H
 
@@ -7,7 +7,7 @@
 
 namespace proreflax {
 
-/// Characters between a place of a text and the text's end, where its NUL stands.
+/// Characters between a place of a text and the text's end, where a NUL follows the bytes read.
 inline std::size_t left(const char* text, const char* end) {
   return static_cast<std::size_t>(end - text);
 }

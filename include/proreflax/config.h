@@ -14,14 +14,24 @@
  *              once; a flush or a reset takes as long as the flash does.
  * Exchange     A function that talks to the service also returns, unless it says otherwise:
  *                CFC_ERR_NO_MEMORY      no memory for the request; nothing was sent
- *                an errno value         the send or the receive failed (EINTR: a signal handler
- *                                       ran; the service may have carried the request out)
+ *                an errno value         the send or the receive failed (EINTR: see "Signals")
  *                CFC_ERR_BAD_VALUE      the reply was malformed
  *                CFC_ERR_BAD_ARGUMENT   the service refused the request (a one-character key takes
  *                                       no empty value: the saved text could not be read back)
  *                CFC_ERR_BUSY           the store is being written out
  *              Outputs are untouched by all of these. A failed send also prints one line,
  *              "msq_id=..., mtype=..., real_len=...", on standard output.
+ * Signals      A signal handler that runs during the wait for the reply ends it with EINTR, also one
+ *              that was installed with SA_RESTART: no system restarts a receive. The service
+ *              executes the request all the same, and its reply still comes. The process's next
+ *              request therefore begins by removing the replies that have come in the meantime,
+ *              without waiting for one. A window is left: a reply that the service sends after this
+ *              removal, because it was still executing the old request, is taken for the reply to
+ *              the new one, with its result and its value. The reply that is then one too many is
+ *              removed before one of the requests that follow. A program that must exclude this
+ *              keeps handlers from running: it blocks the signals in the calling thread
+ *              (pthread_sigmask()) around the call, or blocks them in every thread and accepts
+ *              them in a thread of their own (sigwait()) or from signalfd().
  */
 #ifndef PROREFLAX_CONFIG_H
 #define PROREFLAX_CONFIG_H
@@ -135,7 +145,9 @@ PROREFLAX_API PROREFLAX_CHECKED uint32_t cfc_to_default(void);
  *   CFC_ERR_NO_KEY         getters: there is no such key; setters create it instead
  *   or a code of "Exchange" above
  *
- * A getter that fails leaves its output untouched, except where it says otherwise.
+ * A getter that fails leaves its output untouched, except where it says otherwise. A getter of a
+ * number or an address that is called with a null output makes its exchange all the same and
+ * reports its result, then that of the conversion.
  *
  * A number is written as lower-case hexadecimal with "0x", in the full width of its type. It is
  * read as decimal, or as hexadecimal after "0x" or "0X", with one optional sign in front; leading
@@ -152,6 +164,7 @@ PROREFLAX_API PROREFLAX_CHECKED uint32_t cfc_to_default(void);
  *         CFC_ERR_BAD_DIGIT     the stored text holds a character that is no digit of its base
  *         CFC_ERR_OVERFLOW      the stored number grew past 32 bits
  *         CFC_ERR_BAD_VALUE     the stored number is above 255, or negative
+ *         CFC_ERR_BAD_ARGUMENT  also when out is null and the number would be stored
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t __cfc_get_u8(int locked, const char* section,
                                                       const char* key, uint8_t* out);
@@ -172,7 +185,8 @@ PROREFLAX_API PROREFLAX_CHECKED uint32_t __cfc_get_u16(int locked, const char* s
  *             CFC_ERR_OVERFLOW, or CFC_ERR_BAD_ARGUMENT for an empty text) leaves 0 here; every
  *             other failure leaves it untouched
  * @return as __cfc_get_u8(), but never CFC_ERR_BAD_VALUE for a number: a stored -1 reads as
- *         0xFFFFFFFF
+ *         0xFFFFFFFF. CFC_ERR_BAD_ARGUMENT also when a value was read and out is null, whatever
+ *         the value is
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t __cfc_get_u32(int locked, const char* section,
                                                        const char* key, uint32_t* out);
@@ -183,8 +197,9 @@ PROREFLAX_API PROREFLAX_CHECKED uint32_t __cfc_get_u32(int locked, const char* s
  * @param out  receives the address, its first part in the most significant byte
  * @return the codes above, and
  *         CFC_ERR_NO_ROOM         the stored text is longer than 15 characters
- *         CFC_ERR_NOT_AN_ADDRESS  the stored text is no dotted quad (all ones, on purpose not the
- *                                 code of the number getters)
+ *         CFC_ERR_NOT_AN_ADDRESS  the stored value is not a dotted quad, or a value was read and
+ *                                 out is null (all ones, on purpose not the code of the number
+ *                                 getters)
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t __cfc_get_ip(int locked, const char* section,
                                                       const char* key, uint32_t* out);

@@ -209,8 +209,9 @@ PROREFLAX_API PROREFLAX_CHECKED uint32_t gui_set_lan_info(const lan_info* in);
  *
  * @param address  receives the address; untouched when it cannot be read
  * @param netmask  receives the netmask; untouched by every failure
- * @return the results of "Getters", with the value codes of addresses; CFC_ERR_BAD_ARGUMENT also
- *         for a null pointer, with address filled when only netmask is null
+ * @return the results of "Getters", with the value codes of addresses; CFC_ERR_NOT_AN_ADDRESS also
+ *         for a null pointer, once its value was read, with address filled when only netmask is
+ *         null
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t gui_get_lan_ip_setting(uint32_t* address,
                                                                 uint32_t* netmask);
@@ -927,7 +928,7 @@ PROREFLAX_API int32_t gui_get_offsetTime(void);
  *
  * @return a text of the library that the next call overwrites; empty for a year that has no text
  */
-PROREFLAX_API const char* gui_get_localtime(void);
+PROREFLAX_API char* gui_get_localtime(void);
 
 /*
  * Six entry points that are kept for programs that link them and do nothing: they touch neither

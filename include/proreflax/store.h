@@ -96,7 +96,8 @@ static inline const char* cfg_item_value(const cfg_item* item) {
 /* ---- Sections and values -------------------------------------------------------------------- */
 
 /**
- * Finds the section of a name, or creates it behind all others, without entries.
+ * Finds the section of a name, or creates it after all others, without entries. It takes and gives
+ * values at once, also in a store that was never loaded; a flush does not write such a store.
  *
  * @param name  at most 255 bytes. The text form takes 1 to 24 without CR or LF: a store with any
  *              other name cannot be read back from flash
@@ -113,10 +114,11 @@ PROREFLAX_API PROREFLAX_CHECKED cfg_segment* segment_alloc(const char* name);
  * @param out      receives the value without a NUL; must have room for the longest, 255 bytes
  * @param length   receives the value's length in bytes
  * @return CFC_OK                the value is in out
- *         CFC_ERR_BAD_ARGUMENT  an argument is null
  *         CFC_ERR_BUSY          the store is being written out
- *         CFC_ERR_NO_SECTION    no such section, or nothing was ever loaded
+ *         CFC_ERR_BAD_ARGUMENT  section or key is null; or the key exists and out or length is null
+ *         CFC_ERR_NO_SECTION    no such section; an empty store has none
  *         CFC_ERR_NO_KEY        no such key in the section
+ *         They are tested in the order busy, section and key null, section, key, outputs null.
  *         Outputs are untouched by every failure.
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t cfc_get_val(const char* section, const char* key,
@@ -133,9 +135,11 @@ PROREFLAX_API PROREFLAX_CHECKED uint32_t cfc_get_val(const char* section, const 
  *                 a one-byte key
  * @return CFC_OK                the value is stored
  *         CFC_ERR_NO_MEMORY     no memory for the entry; the old value stands
- *         CFC_ERR_BAD_ARGUMENT  an argument is null or too long; nothing changed
  *         CFC_ERR_BUSY          the store is being written out; nothing changed
- *         CFC_ERR_NO_SECTION    no such section, or nothing was ever loaded; nothing changed
+ *         CFC_ERR_BAD_ARGUMENT  an argument is null; or the section exists and key or value is too
+ *                               long; nothing changed
+ *         CFC_ERR_NO_SECTION    no such section; an empty store has none; nothing changed
+ *         They are tested in the order busy, null, section, lengths.
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t cfc_set_val(const char* section, const char* key,
                                                      const char* value);

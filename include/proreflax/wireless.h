@@ -3,17 +3,18 @@
  * stations that are associated, and the channels of a regulatory region.
  *
  * The driver publishes texts, "/proc/wireless" and "/proc/wirelesslog". Every call reads its text
- * anew, as far as its first 4095 bytes, and fills records of the caller. A text ends at its first
- * NUL. However it is cut off or malformed, nothing behind its end is read and nothing outside the
- * caller's records is written. docs/driver-files.md shows the texts.
+ * anew, as far as its first 4095 bytes, and fills records of the caller. Lengths count the bytes
+ * read; a search ends at a NUL. However a text is cut off or malformed, nothing past the bytes read
+ * is looked at and nothing outside the caller's records is written. An error while a text is read
+ * ends it there. docs/driver-files.md shows the texts.
  *
  * Results      CFC_OK, or CFC_FAILED for every failure: these functions have no other code.
  * Null         A null record, table or count gives CFC_FAILED, with nothing read.
  * Lock         No function here touches the access lock or talks to the configuration service.
  * Threads      The texts pass through one buffer of the process: one thread at a time.
  * Blocking     As long as the driver takes to print its text; nothing is waited for.
- * Numbers      Decimal, as atoi() reads them: leading white space and a sign are allowed, 0 where
- *              there is no digit. One out of the range of 32 signed bits gives the nearest in it.
+ * Numbers      Decimal, converted with the platform's atoi(), also those out of its range: leading
+ *              white space and a sign are allowed, 0 where there is no digit.
  */
 #ifndef PROREFLAX_WIRELESS_H
 #define PROREFLAX_WIRELESS_H
@@ -87,7 +88,7 @@ typedef struct wls_associate_entry {
  * @param status  receives each value whose line has a name that begins with a field's name. Lines
  *                with other names are passed over; fields without a line are left as they were
  * @return CFC_OK      ten lines were read
- *         CFC_FAILED  the text cannot be read, with *status untouched; or it has fewer lines, with
+ *         CFC_FAILED  the text cannot be opened, with *status untouched; or it has fewer lines, with
  *                     the fields of those lines filled
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t gui_get_wls_11g_status(wls_11g_status* status);
@@ -104,7 +105,7 @@ PROREFLAX_API PROREFLAX_CHECKED uint32_t gui_get_wls_11g_status(wls_11g_status* 
  *               tell them. 0 when there is no line behind the first
  * @param table  receives the rows that are there: room for WLS_EVENT_LOG_ROWS_MAX of them
  * @return CFC_OK      the rows were read, or none are announced
- *         CFC_FAILED  the text cannot be read or has fewer than 14 bytes, with both outputs
+ *         CFC_FAILED  the text cannot be opened or has fewer than 14 bytes, with both outputs
  *                     untouched; or a row holds no ':', with the rows before it and its own number
  *                     filled and the count as announced
  */
@@ -120,7 +121,7 @@ PROREFLAX_API PROREFLAX_CHECKED uint32_t gui_get_wls_event_log_table(int* count,
  * @param table  receives the rows: room for WLS_ASSOCIATE_ROWS_MAX of them
  * @param count  receives the number of rows
  * @return CFC_OK      the rows were read; there may be none
- *         CFC_FAILED  the text cannot be read or has no such line; both outputs are untouched
+ *         CFC_FAILED  the text cannot be opened or has no such line; both outputs are untouched
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t gui_get_wls_associate(wls_associate_entry* table,
                                                                int* count);

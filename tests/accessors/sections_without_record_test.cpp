@@ -127,12 +127,22 @@ TEST_F(SectionsWithoutRecord, lan_addresses_stop_at_the_first_failure) {
   EXPECT_THAT(service.take_keys(), ElementsAre("LanIPAddr", "LanIPAddr"));
 }
 
-TEST_F(SectionsWithoutRecord, lan_null_arguments_are_refused_in_their_turn) {
-  EXPECT_EQ(gui_get_lan_ip_setting(nullptr, &netmask), 204U);
+TEST_F(SectionsWithoutRecord, lan_address_into_null_is_read_and_then_counts_as_no_address) {
+  EXPECT_EQ(gui_get_lan_ip_setting(nullptr, &netmask), 0xFFFFFFFFU);
   EXPECT_EQ(netmask, 2U);
-  EXPECT_EQ(gui_get_lan_ip_setting(&address, nullptr), 204U);
+  EXPECT_THAT(service.take_keys(), ElementsAre("LanIPAddr"));
+  EXPECT_EQ(gui_get_lan_ip_setting(&address, nullptr), 0xFFFFFFFFU);
   EXPECT_EQ(address, 0xC0A83E01U);
+  EXPECT_THAT(service.take_keys(), ElementsAre("LanIPAddr", "LanNetmask"));
   EXPECT_EQ(service.lock_value(), 1);
+}
+
+TEST_F(SectionsWithoutRecord, lan_address_into_null_gives_the_services_code_first) {
+  service.lacks("LAN", "LanIPAddr");
+  EXPECT_EQ(gui_get_lan_ip_setting(nullptr, &netmask), 201U);
+  service.holds("LAN", "LanIPAddr", "10.0.0.5");
+  service.fails("LAN", "LanNetmask", 208);
+  EXPECT_EQ(gui_get_lan_ip_setting(&address, nullptr), 208U);
 }
 
 TEST(SectionsWithoutRecordOrService, pass_the_failure_to_lock_on) {
@@ -144,6 +154,7 @@ TEST(SectionsWithoutRecordOrService, pass_the_failure_to_lock_on) {
   EXPECT_EQ(gui_set_web_password(nullptr, nullptr), 230U);
   EXPECT_EQ(gui_set_web_password("a", "b"), 230U);
   EXPECT_EQ(gui_get_lan_ip_setting(&address, &address), 230U);
+  EXPECT_EQ(gui_get_lan_ip_setting(nullptr, nullptr), 230U);
   EXPECT_EQ(gui_set_lan_ip_setting(1, 2), 230U);
   EXPECT_STREQ(text, "kept");
   EXPECT_EQ(address, 1U);

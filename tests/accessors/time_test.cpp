@@ -262,6 +262,13 @@ TEST_F(LocalTime, is_shown_in_the_fixed_form_with_its_line_feed) {
                                     "[0-9][0-9]:[0-9][0-9]:[0-9][0-9] [0-9][0-9][0-9][0-9]\n"));
 }
 
+TEST_F(LocalTime, may_be_changed_by_the_caller_until_the_next_call) {
+  char* const shown = gui_get_localtime();
+  shown[0] = '#';
+  EXPECT_EQ(g_localtime_text[0], '#');
+  EXPECT_NE(gui_get_localtime()[0], '#');
+}
+
 TEST_F(LocalTime, is_always_in_the_same_buffer) {
   EXPECT_EQ(gui_get_localtime(), g_localtime_text);
   EXPECT_EQ(gui_get_localtime(), g_localtime_text);

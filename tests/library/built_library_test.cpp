@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <map>
+#include <regex>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -47,6 +49,47 @@ names declared_exports() {
         set_of(matches(files::text_of(header.path()), R"(^PROREFLAX_API [^;(]*?(\w+)(?:\(|;))")));
   }
   return declared;
+}
+
+/// The platform's calls that an integrator may interpose, by the names under which the library makes
+/// them.
+const names interposable = {"asctime",   "atoi",  "close",  "execl",  "fclose",  "fgets",
+                            "fopen",     "fork",  "fread",  "fwrite", "getpid",  "ioctl",
+                            "localtime", "lseek", "msgget", "msgrcv", "msgsnd",  "open",
+                            "semget",    "semop", "time",   "unlink", "waitpid", "write"};
+
+/// What the library calls beside these, and what for.
+const std::map<std::string, std::string> other_calls = {
+    {"__errno_location", "the error of a failed call"},
+    {"__fsetlocking", "the loader's stream is seen by one thread"},
+    {"bcmp", "Clang's form of a memcmp"},
+    {"_exit", "a child whose exec failed, without the parent's streams"},
+    {"fflush", "a full disk shows before an export counts as complete"},
+    {"free", "request records and the store's"},
+    {"malloc", "request records and the store's"},
+    {"memcmp", "names and keys"},
+    {"memcpy", "names, keys and values"},
+    {"memmove", "values that may overlap"},
+    {"memset", "records that begin zeroed"},
+    {"printf", "the line of a failed send"},
+    {"puts", "the line of an export: the compiler's form of a printf without arguments"},
+    {"setvbuf", "a driver file is read without a second buffer"},
+    {"snprintf", "numbers, addresses and the local time"},
+    {"stpcpy", "keys of arrays"},
+    {"strchr", "texts of the driver, the time zone"},
+    {"strcmp", "names of sections"},
+    {"strcspn", "messages of the driver"},
+    {"strlen", "names, keys and values"},
+    {"strnlen", "words of the driver"},
+    {"strstr", "the driver's table header"},
+};
+
+/// The function of which a build calls a variant: with checked bounds, or with wider offsets or
+/// times on a 32-bit platform.
+std::string without_variant(const std::string& call) {
+  static const std::regex variant{"(?:__)?([a-z]+)(?:(?:64)?(?:_chk|_2|_time64)|64)"};
+  std::smatch parts;
+  return std::regex_match(call, parts, variant) ? parts[1].str() : call;
 }
 
 class BuiltLibrary : public testing::TestWithParam<const char*> {
@@ -104,6 +147,57 @@ TEST_P(BuiltLibrary, calls_nothing_but_the_c_library) {
   const auto called = matches(nm("-D --undefined-only"), R"(^ +U (.+)$)");
   EXPECT_THAT(called, testing::Contains(testing::StartsWith("semop@")));
   EXPECT_THAT(called, testing::Each(testing::HasSubstr("@GLIBC_")));
+}
+
+TEST(ShippedLibrary, calls_the_platform_under_the_names_that_can_be_interposed) {
+  if (PROREFLAX_SANITIZED) {
+    GTEST_SKIP() << "the sanitizers interpose the calls themselves";
+  }
+  names called;
+  for (const std::string& call :
+       matches(output_of(PROREFLAX_NM " -D --undefined-only '" PROREFLAX_SHIPPED_LIBRARY "'"),
+               R"(^ +U ([^@]+)@)")) {
+    called.insert(without_variant(call));
+  }
+  EXPECT_THAT(called, testing::IsSupersetOf(interposable));
+  for (const std::string& call : called) {
+    EXPECT_TRUE(interposable.count(call) == 1 || other_calls.count(call) == 1)
+        << call << " is called under no name that the library documents";
+  }
+}
+
+TEST(VariantOfACall, is_known_by_its_name) {
+  EXPECT_EQ(without_variant("fopen64"), "fopen");
+  EXPECT_EQ(without_variant("__time64"), "time");
+  EXPECT_EQ(without_variant("__localtime64"), "localtime");
+  EXPECT_EQ(without_variant("__fread_chk"), "fread");
+  EXPECT_EQ(without_variant("__open64_2"), "open");
+  EXPECT_EQ(without_variant("__ioctl_time64"), "ioctl");
+  for (const char* plain : {"fopen", "_exit", "__errno_location", "__fsetlocking"}) {
+    EXPECT_EQ(without_variant(plain), plain);
+  }
+}
+
+TEST_P(BuiltLibrary, holds_the_parts_of_the_store_engine_that_nothing_calls) {
+  const names hidden = set_of(matches(nm("-C --defined-only"), R"(^[0-9a-f]+ t (.+)$)"));
+  for (const char* part :
+       {"proreflax::config_run_gzip(int, char const*)", "proreflax::config_parse_line(char*)"}) {
+    EXPECT_EQ(hidden.count(part), 1U) << part;
+  }
+}
+
+TEST_P(BuiltLibrary, loses_no_code_when_it_is_stripped) {
+  const std::string stripped = testing::TempDir() + "proreflax_stripped.so";
+  const auto code_of = [](const std::string& library) {
+    return output_of(PROREFLAX_OBJCOPY " -O binary --only-section=.text '" + library +
+                     "' /dev/stdout");
+  };
+  output_of(std::string{PROREFLAX_STRIP " --strip-unneeded -o '"} + stripped + "' '" + GetParam() +
+            "'");
+  const std::string code = code_of(stripped);
+  std::filesystem::remove(stripped);
+  EXPECT_GT(code.size(), 10000U);
+  EXPECT_TRUE(code == code_of(GetParam()));
 }
 
 TEST_P(BuiltLibrary, runs_no_constructor_but_the_compilers_own) {

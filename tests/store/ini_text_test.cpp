@@ -82,6 +82,54 @@ class IniText : public loaded_store::test {
 
 }  // namespace
 
+// ---- One line ---------------------------------------------------------------------------------
+
+TEST_F(IniText, a_line_goes_to_the_section_in_the_cache_however_it_came_there) {
+  ASSERT_EQ(load("[A]\nk=v\n[B]\nk=v\n"), 0U);
+  ASSERT_EQ(cfc_set_val("A", "k", "w"), 0U);
+  EXPECT_EQ(parse("new=1\n"), 0U);
+  g_config_mgmt.cache = section("B");
+  EXPECT_EQ(parse("k=longer\n"), 0U);
+  EXPECT_EQ(parse("new=2\n"), 0U);
+  EXPECT_EQ(parse("k=v\n"), 0U);
+  EXPECT_EQ(exported(), "\n[A]\nk=w\nnew=1\n\n[B]\nk=v\nnew=2\n");
+}
+
+TEST_F(IniText, a_line_finds_its_key_in_a_section_that_the_store_does_not_list) {
+  ASSERT_NE(segment_alloc("A"), nullptr);
+  config_mgmt elsewhere = g_config_mgmt;
+  cfg_segment* const kept = section("A");
+  g_config_mgmt = {};
+  g_config_mgmt.cache = kept;
+  EXPECT_EQ(parse("key=1\n"), 0U);
+  EXPECT_EQ(parse("other=2\n"), 0U);
+  EXPECT_EQ(parse("key=3\n"), 0U);
+  g_config_mgmt = elsewhere;
+  EXPECT_THAT(keys("A"), ElementsAre("key", "other"));
+  EXPECT_EQ(value("A", "key"), "3");
+}
+
+TEST_F(IniText, a_line_without_a_section_in_the_cache_gives_205) {
+  config_center_close();
+  EXPECT_EQ(parse("key=1\n"), 205U);
+  EXPECT_EQ(parse("[A]\n"), 0U);
+  EXPECT_EQ(cache(), "A");
+  EXPECT_EQ(parse("key=1\n"), 0U);
+  EXPECT_EQ(exported(), "\n[A]\nkey=1\n");
+  EXPECT_EQ(g_config_mgmt.flags, 0U);
+}
+
+TEST_F(IniText, a_header_line_that_finds_no_memory_gives_12_and_an_entry_line_is_left_out) {
+  faults::fail(call::malloc, 1, ENOMEM);
+  EXPECT_EQ(parse("key=1\n"), 0U);
+  EXPECT_TRUE(faults::happened());
+  faults::fail(call::malloc, 1, ENOMEM);
+  EXPECT_EQ(parse("[NEW]\n"), 12U);
+  faults::reset();
+  EXPECT_EQ(g_config_mgmt.cache, nullptr);
+  EXPECT_EQ(exported(), "\n[OLD]\nold=1\nolder=2\n");
+}
+
 // ---- Loading ----------------------------------------------------------------------------------
 
 TEST_F(IniText, a_section_with_one_entry_loads_and_exports_behind_an_empty_line) {

@@ -123,7 +123,7 @@ class Model : public loaded_store::test {
   void compare() {
     constexpr std::uint32_t after_load = CFG_INITIALIZED | CFG_LOADED;
     EXPECT_EQ(g_config_mgmt.flags, (naive.loaded ? after_load : 0) | (naive.dirty ? CFG_DIRTY : 0));
-    EXPECT_EQ(g_config_mgmt.cache != nullptr, naive.loaded);
+    EXPECT_EQ(g_config_mgmt.cache != nullptr, naive.has_cache);
     EXPECT_TRUE(is_well_formed());
     EXPECT_EQ(exported(), naive.exported());
     for (const naive_store::section& each : naive.sections) {

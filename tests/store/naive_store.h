@@ -27,6 +27,7 @@ class naive_store {
   };
 
   bool loaded = false;
+  bool has_cache = false;  // a section was loaded or found by name
   bool dirty = false;
   std::vector<section> sections;
 
@@ -49,10 +50,11 @@ class naive_store {
 
   /// The value, or the code.
   std::uint32_t get(std::string_view name, std::string_view key, std::string* value) {
-    section* const known = loaded ? find(name) : nullptr;
+    section* const known = find(name);
     if (known == nullptr) {
       return 209;
     }
+    has_cache = true;
     const std::optional<std::size_t> at = place_of(*known, key);
     if (!at) {
       return 201;
@@ -63,10 +65,11 @@ class naive_store {
   }
 
   std::uint32_t set(std::string_view name, std::string_view key, std::string_view value) {
-    section* const known = loaded ? find(name) : nullptr;
+    section* const known = find(name);
     if (known == nullptr) {
       return 209;
     }
+    has_cache = true;
     put(*known, key, value);
     dirty = true;
     return 0;
@@ -83,7 +86,7 @@ class naive_store {
       }
       text.remove_prefix(end + 1);
     }
-    loaded = current.has_value();
+    loaded = has_cache = current.has_value();
     return loaded ? 0 : 205;
   }
 

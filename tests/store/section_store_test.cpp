@@ -619,6 +619,17 @@ TEST_F(ThreeKeys, reading_leaves_the_store_clean) {
   EXPECT_EQ(g_config_mgmt.flags, CFG_INITIALIZED | CFG_LOADED);
 }
 
+TEST_F(ThreeKeys, a_read_without_an_output_gives_204_for_a_key_that_exists_alone) {
+  char out[] = "..";
+  std::uint32_t length = 99;
+  EXPECT_EQ(cfc_get_val("LAN", "four", nullptr, &length), 201U);
+  EXPECT_EQ(cfc_get_val("LAN", "four", out, nullptr), 201U);
+  EXPECT_EQ(cfc_get_val("WAN", "one", nullptr, nullptr), 209U);
+  EXPECT_EQ(cfc_get_val("WAN", nullptr, nullptr, nullptr), 204U);
+  EXPECT_EQ(cfc_get_val(nullptr, "one", nullptr, nullptr), 204U);
+  EXPECT_EQ(cursor("LAN"), "three");
+}
+
 TEST_F(ThreeKeys, null_arguments_of_a_read_give_204_with_outputs_untouched) {
   char out[] = "..";
   std::uint32_t length = 99;
@@ -699,6 +710,16 @@ TEST_F(ThreeKeys, null_arguments_of_a_write_give_204_and_change_nothing) {
   EXPECT_TRUE(snapshot{} == before);
 }
 
+TEST_F(ThreeKeys, a_text_too_long_is_refused_after_a_missing_section) {
+  const std::string key(255, 'k');
+  const std::string long_value(256, 'v');
+  EXPECT_EQ(cfc_set_val("WAN", key.c_str(), "v"), 209U);
+  EXPECT_EQ(cfc_set_val("WAN", "one", long_value.c_str()), 209U);
+  EXPECT_EQ(cfc_set_val("WAN", nullptr, long_value.c_str()), 204U);
+  EXPECT_EQ(cfc_set_val("WAN", key.c_str(), nullptr), 204U);
+  EXPECT_EQ(value("LAN", key.c_str()), "?201");
+}
+
 // ---- Busy, unloaded, closed -------------------------------------------------------------------
 
 TEST_F(SectionStore, a_busy_store_refuses_reads_and_writes_and_touches_nothing) {
@@ -711,6 +732,9 @@ TEST_F(SectionStore, a_busy_store_refuses_reads_and_writes_and_touches_nothing) 
   EXPECT_EQ(cfc_get_val("DMZ", "a", out, &length), 208U);
   EXPECT_EQ(cfc_set_val("LAN", "a", "2"), 208U);
   EXPECT_EQ(cfc_set_val("DMZ", "a", "2"), 208U);
+  EXPECT_EQ(cfc_get_val(nullptr, nullptr, nullptr, nullptr), 208U);
+  EXPECT_EQ(cfc_set_val(nullptr, nullptr, nullptr), 208U);
+  EXPECT_EQ(cfc_set_val("LAN", std::string(255, 'k').c_str(), "v"), 208U);
   EXPECT_STREQ(out, "..");
   EXPECT_EQ(length, 99U);
   EXPECT_TRUE(snapshot{} == before);
@@ -722,16 +746,33 @@ TEST_F(SectionStore, calls_before_any_load_give_209) {
   EXPECT_TRUE(is_all_zero());
 }
 
-TEST_F(SectionStore, a_section_registered_before_any_load_takes_no_value) {
+TEST_F(SectionStore, a_section_registered_before_any_load_takes_and_gives_values) {
   ASSERT_NE(segment_alloc("LAN"), nullptr);
-  EXPECT_EQ(cfc_set_val("LAN", "key", "v"), 209U);
-  EXPECT_EQ(value("LAN", "key"), "?209");
+  ASSERT_NE(segment_alloc("WAN"), nullptr);
+  EXPECT_EQ(cache(), "");
+  EXPECT_EQ(value("LAN", "key"), "?201");
+  EXPECT_EQ(cache(), "LAN");
+  EXPECT_EQ(cfc_set_val("WAN", "key", "v"), 0U);
+  EXPECT_EQ(cache(), "WAN");
+  EXPECT_EQ(value("WAN", "key"), "v");
+  EXPECT_EQ(value("DMZ", "key"), "?209");
+  EXPECT_EQ(g_config_mgmt.flags, CFG_DIRTY);
+}
+
+TEST_F(ThreeKeys, a_section_registered_after_a_close_takes_and_gives_values) {
+  config_center_close();
+  ASSERT_NE(segment_alloc("LAN"), nullptr);
+  EXPECT_EQ(cfc_set_val("LAN", "one", "1"), 0U);
+  EXPECT_EQ(value("LAN", "one"), "1");
+  EXPECT_EQ(exported(), "\n[LAN]\none=1\n");
 }
 
 TEST_F(ThreeKeys, calls_after_a_close_give_209) {
   config_center_close();
   EXPECT_EQ(value("LAN", "one"), "?209");
   EXPECT_EQ(cfc_set_val("LAN", "one", "1"), 209U);
+  EXPECT_EQ(cfc_set_val("LAN", std::string(255, 'k').c_str(), "1"), 209U);
+  EXPECT_EQ(cfc_get_val("LAN", "one", nullptr, nullptr), 209U);
   EXPECT_TRUE(is_all_zero());
 }
 

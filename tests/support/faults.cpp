@@ -29,6 +29,7 @@ struct state {
   bool happened = false;
   int until_cut = 0;
   std::size_t malloc_bytes = 0;
+  std::string fopen_mode = {};
 };
 
 state now;
@@ -108,6 +109,10 @@ int calls(call kind) {
 
 std::size_t bytes_of_last_malloc() {
   return now.malloc_bytes;
+}
+
+std::string mode_of_last_fopen() {
+  return now.fopen_mode;
 }
 
 void reset() {
@@ -212,12 +217,18 @@ int __wrap_unlink(const char* path) {
 
 std::FILE* __real_fopen(const char* path, const char* mode);
 std::FILE* __wrap_fopen(const char* path, const char* mode) {
+  faults::now.fopen_mode = mode;
   return fails(call::fopen) ? nullptr : done(__real_fopen(path, mode));
 }
 
 char* __real_fgets(char* line, int size, std::FILE* stream);
 char* __wrap_fgets(char* line, int size, std::FILE* stream) {
   return fails(call::fgets) ? nullptr : done(__real_fgets(line, size, stream));
+}
+
+std::size_t __real_fread(void* data, std::size_t size, std::size_t count, std::FILE* stream);
+std::size_t __wrap_fread(void* data, std::size_t size, std::size_t count, std::FILE* stream) {
+  return fails(call::fread) ? 0 : done(__real_fread(data, size, count, stream));
 }
 
 std::size_t __real_fwrite(const void* data, std::size_t size, std::size_t count, std::FILE* stream);

@@ -33,6 +33,7 @@ enum class call {
   unlink,
   fopen,
   fgets,
+  fread,
   fwrite,
   fflush,
   fclose,
@@ -89,6 +90,9 @@ int calls(call kind);
 
 /// How many bytes the last malloc or calloc asked for.
 std::size_t bytes_of_last_malloc();
+
+/// The mode that the last fopen was called with.
+std::string mode_of_last_fopen();
 
 /// No more failures; counts start at 0.
 void reset();

@@ -315,11 +315,41 @@ TEST_F(Exchange, reply_that_was_too_long_is_what_the_next_receive_takes) {
   EXPECT_EQ(ask(*larger), 77U);
 }
 
-TEST_F(Exchange, reply_without_a_whole_header_gives_205) {
-  const bytes whole = row(own_reply_type(), zeros(12));
-  for (std::size_t size = 0; size < 16; ++size) {
+TEST_F(Exchange, reply_of_any_length_is_a_success_and_reports_how_much_of_the_text_it_wrote) {
+  for (std::size_t size = 0; size <= 24; ++size) {
+    queue.reply(bytes(size));
+    std::size_t text_bytes = 77;
+    EXPECT_EQ(cfc_exchange(msg.get(), &text_bytes), 0U);
+    EXPECT_EQ(text_bytes, size);
+    queue.reply(bytes(size));
+    EXPECT_EQ(diagnostics(0), "") << size;
+  }
+}
+
+TEST_F(Exchange, message_type_is_the_reply_type_once_the_request_was_sent) {
+  faults::fail(faults::call::msgrcv, 1, EIDRM);
+  EXPECT_EQ(cfc_exchange(msg.get()), static_cast<std::uint32_t>(EIDRM));
+  EXPECT_EQ(msg->mtype, getpid() + 2);
+  faults::fail(faults::call::msgsnd, 1, EIDRM);
+  diagnostics(EIDRM);
+  EXPECT_EQ(msg->mtype, 1);
+}
+
+TEST_F(Exchange, asking_gives_205_for_a_reply_that_ends_before_its_result_does) {
+  const bytes whole = row(own_reply_type(), u32(209), zeros(8));
+  for (std::size_t size = 0; size <= whole.size(); ++size) {
+    msg->op_result = 10;
     queue.reply(bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)));
-    EXPECT_EQ(diagnostics(205), "") << size;
+    EXPECT_EQ(ask(*msg), size < 8 ? 205U : 209U) << size;
+  }
+}
+
+TEST_F(Exchange, asking_gives_205_for_a_success_that_is_shorter_than_it_has_to_be) {
+  for (std::size_t size = 8; size <= 16; ++size) {
+    queue.reply(bytes(size));
+    EXPECT_EQ(ask(*msg, 12), size < 12 ? 205U : 0U) << size;
+    queue.reply(row(own_reply_type(), u32(201), zeros(size - 8)));
+    EXPECT_EQ(ask(*msg, 12), 201U) << size;
   }
 }
 

@@ -273,12 +273,25 @@ TEST(RawGet, record_has_room_for_200_bytes_behind_the_names) {
   EXPECT_TRUE(too_long.is_untouched());
 }
 
-TEST(RawGet, reply_without_a_whole_header_gives_205) {
+TEST(RawGet, success_without_a_whole_header_gives_205) {
   held_queue queue;
-  queue.reply(bytes(15));
-  room out{16};
-  EXPECT_EQ(out.get_sem("S", "K"), 205U);
-  EXPECT_TRUE(out.is_untouched());
+  for (std::size_t size = 0; size < 16; ++size) {
+    queue.reply(bytes(size));
+    room out{16};
+    EXPECT_EQ(out.get_sem("S", "K"), 205U) << size;
+    EXPECT_TRUE(out.is_untouched());
+  }
+}
+
+TEST(RawGet, error_needs_a_reply_as_far_as_its_result_and_no_header) {
+  held_queue queue;
+  const bytes whole = row(own_reply_type(), u32(209), bytes(8));
+  for (std::size_t size = 0; size <= 16; ++size) {
+    queue.reply(bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)));
+    room out{16};
+    EXPECT_EQ(out.get_sem("S", "K"), size < 8 ? 205U : 209U) << size;
+    EXPECT_TRUE(out.is_untouched());
+  }
 }
 
 TEST(RawGet, with_the_lock_held_never_touches_it) {
@@ -432,6 +445,17 @@ TEST(RawSet, ignores_where_the_reply_says_that_a_value_stands) {
   held_queue queue;
   queue.reply(reply_of(65535, 65535));
   EXPECT_EQ(__cfc_set_raw_sem("S", "K", "v", 1), 0U);
+}
+
+TEST(RawSet, reply_is_good_once_it_reaches_as_far_as_its_result) {
+  held_queue queue;
+  for (const std::uint32_t code : {0U, 209U}) {
+    const bytes whole = row(own_reply_type(), u32(code), bytes(8));
+    for (std::size_t size = 0; size <= 16; ++size) {
+      queue.reply(bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)));
+      EXPECT_EQ(__cfc_set_raw_sem("S", "K", "v", 1), size < 8 ? 205U : code) << size;
+    }
+  }
 }
 
 TEST(RawSet, with_the_lock_held_never_touches_it) {

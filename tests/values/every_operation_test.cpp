@@ -280,12 +280,25 @@ TEST(EveryOperation, gives_E2BIG_for_a_reply_that_is_too_long_and_leaves_it_on_t
   }
 }
 
-TEST(EveryOperation, gives_205_for_a_reply_without_a_whole_header) {
+TEST(EveryOperation, gives_205_for_a_reply_that_ends_before_its_result_does) {
   for (const operation& each : all()) {
-    run now{each};
-    now.queue.reply(bytes(15));
-    EXPECT_EQ(now.ask(), 205U) << each.name;
-    EXPECT_TRUE(now.out.untouched()) << each.name;
+    for (const std::size_t size : {0U, 4U, 7U}) {
+      run now{each};
+      now.queue.reply(bytes(size));
+      EXPECT_EQ(now.ask(), 205U) << each.name;
+      EXPECT_TRUE(now.out.untouched()) << each.name;
+    }
+  }
+}
+
+TEST(EveryOperation, that_reads_gives_205_for_a_success_without_a_whole_header) {
+  for (const operation& each : all()) {
+    for (const std::size_t size : {8U, 15U}) {
+      run now{each};
+      now.queue.reply(bytes(size));
+      EXPECT_EQ(now.ask(), *each.stored != '\0' ? 205U : 0U) << each.name;
+      EXPECT_TRUE(now.out.untouched()) << each.name;
+    }
   }
 }
 

@@ -83,7 +83,51 @@ using GetU8 = TypedValues;
 using GetU16 = TypedValues;
 using GetU32 = TypedValues;
 using GetIp = TypedValues;
-using GetNumberOrAddress = TypedValues;
+
+/// What the four getters give without an output: u8, u16, u32, address.
+using codes = std::array<std::uint32_t, 4>;
+
+codes all_give(std::uint32_t code) {
+  return {code, code, code, code};
+}
+
+class GetNumberOrAddress : public TypedValues {
+ protected:
+  /// `prepare` lays out the reply of each.
+  template <typename Prepare>
+  codes null_results(int locked, Prepare prepare) {
+    codes results{};
+    const auto get = [&](std::size_t which, auto getter) {
+      prepare();
+      results[which] = getter(locked, "LAN", "Key", nullptr);
+    };
+    if (locked != 0) {
+      EXPECT_EQ(cfc_get_mutex(), 0U);
+    }
+    get(0, __cfc_get_u8);
+    get(1, __cfc_get_u16);
+    get(2, __cfc_get_u32);
+    get(3, __cfc_get_ip);
+    if (locked != 0) {
+      cfc_put_mutex();
+    }
+    return results;
+  }
+
+  /// Each getter makes one exchange, with the lock held by either side.
+  codes into_null(const std::string& stored) {
+    const auto reply = [&] { queue.reply_with_value(stored); };
+    const codes results = null_results(0, reply);
+    EXPECT_EQ(null_results(1, reply), results);
+    for (int request = 0; request < 8; ++request) {
+      EXPECT_TRUE(queue.take());
+    }
+    EXPECT_EQ(queue.waiting(), 0);
+    EXPECT_EQ(queue.lock_value(), 1);
+    return results;
+  }
+};
+
 using SetNumber = TypedValues;
 using SetIp = TypedValues;
 using SetString = TypedValues;
@@ -178,14 +222,45 @@ TEST_F(GetNumberOrAddress, ends_the_text_where_the_reply_ends_it) {
   EXPECT_EQ(out, 12U);
 }
 
-TEST_F(GetNumberOrAddress, into_null_gives_204_and_sends_nothing) {
-  for (const int locked : {0, 1}) {
-    const no_request none{queue};
-    EXPECT_EQ(__cfc_get_u8(locked, "LAN", "Key", nullptr), 204U);
-    EXPECT_EQ(__cfc_get_u16(locked, "LAN", "Key", nullptr), 204U);
-    EXPECT_EQ(__cfc_get_u32(locked, "LAN", "Key", nullptr), 204U);
-    EXPECT_EQ(__cfc_get_ip(locked, "LAN", "Key", nullptr), 204U);
+TEST_F(GetNumberOrAddress, into_null_gives_204_once_a_number_would_be_stored) {
+  EXPECT_EQ(into_null("7"), (codes{204, 204, 204, 0xFFFFFFFF}));
+}
+
+TEST_F(GetNumberOrAddress, into_null_gives_the_result_of_the_conversion_first) {
+  EXPECT_EQ(into_null(""), (codes{204, 204, 204, 0xFFFFFFFF}));
+  EXPECT_EQ(into_null("abc"), (codes{210, 210, 204, 0xFFFFFFFF}));
+  EXPECT_EQ(into_null("4294967296"), (codes{211, 211, 204, 0xFFFFFFFF}));
+  EXPECT_EQ(into_null("65536"), (codes{205, 205, 204, 0xFFFFFFFF}));
+  EXPECT_EQ(into_null("256"), (codes{205, 204, 204, 0xFFFFFFFF}));
+  EXPECT_EQ(into_null("-1"), (codes{205, 205, 204, 0xFFFFFFFF}));
+}
+
+TEST_F(GetNumberOrAddress, into_null_gives_all_ones_for_every_address) {
+  EXPECT_EQ(into_null("10.0.0.1")[3], 0xFFFFFFFFU);
+  EXPECT_EQ(into_null("10.0.0")[3], 0xFFFFFFFFU);
+}
+
+TEST_F(GetNumberOrAddress, into_null_gives_the_result_of_the_exchange_before_any_other) {
+  EXPECT_EQ(into_null("0000000000000001"), all_give(212));
+  for (const std::uint32_t code : {201U, 208U, 209U, 4242U}) {
+    EXPECT_EQ(null_results(0, [&] { queue.reply_with(code); }), all_give(code));
+    EXPECT_EQ(null_results(1, [&] { queue.reply_with(code); }), all_give(code));
   }
+}
+
+TEST_F(GetNumberOrAddress, into_null_gives_the_failure_to_lock_before_any_other) {
+  queue.remove_queue();
+  EXPECT_EQ(null_results(0, [] {}), all_give(231));
+  queue.remove_lock();
+  EXPECT_EQ(null_results(0, [] {}), all_give(230));
+}
+
+TEST_F(GetNumberOrAddress, into_null_refuses_a_bad_name_before_anything_is_sent) {
+  const no_request none{queue};
+  EXPECT_EQ(__cfc_get_u8(1, "", "Key", nullptr), 204U);
+  EXPECT_EQ(__cfc_get_u16(1, "LAN", "a=b", nullptr), 204U);
+  EXPECT_EQ(__cfc_get_u32(1, nullptr, "Key", nullptr), 204U);
+  EXPECT_EQ(__cfc_get_ip(1, "LAN", nullptr, nullptr), 204U);
 }
 
 namespace {

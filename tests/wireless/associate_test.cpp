@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <proreflax/wireless.h>
 
+#include <cstdlib>
 #include <string>
 
 #include "tests/support/device_root.h"
@@ -23,7 +24,7 @@ constexpr int untouched = static_cast<int>(0xA5A5A5A5);
 class Associate : public testing::Test {
  protected:
   std::uint32_t parse(std::string_view characters) {
-    return parse_wls_associate(text_memory.text(characters), table, &count);
+    return parse_wls_associate(text_memory.text(characters), characters.size(), table, &count);
   }
 
   guarded_memory text_memory{8192};
@@ -102,7 +103,7 @@ TEST_F(Associate, text_without_any_newline_gives_1_and_is_not_left_at_its_start)
     EXPECT_EQ(parse(characters), 1U);
     guarded_memory page_wide{static_cast<std::size_t>(sysconf(_SC_PAGESIZE))};
     const std::string filling(static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) - 1, 'x');
-    EXPECT_EQ(parse_wls_associate(page_wide.text(filling), table, &count), 1U);
+    EXPECT_EQ(parse_wls_associate(page_wide.text(filling), filling.size(), table, &count), 1U);
   }
 }
 
@@ -136,9 +137,57 @@ TEST_F(Associate, densest_text_fills_the_table_to_its_last_row_and_no_further) {
   EXPECT_EQ(count, WLS_ASSOCIATE_ROWS_MAX);
 }
 
-TEST_F(Associate, text_ends_at_a_nul) {
+TEST_F(Associate, row_that_begins_with_a_nul_ends_the_table) {
   std::string characters = header + first_row + second_row;
   characters[characters.find("[02]")] = '\0';
   EXPECT_EQ(parse(characters), 0U);
   EXPECT_EQ(count, 1);
+  EXPECT_EQ(table[1].number, untouched);
+}
+
+TEST_F(Associate, row_that_holds_a_nul_is_left_out_and_the_last) {
+  std::string characters = header + first_row + second_row + first_row;
+  characters[characters.find("AID 12")] = '\0';
+  EXPECT_EQ(parse(characters), 0U);
+  EXPECT_EQ(count, 1);
+  EXPECT_EQ(table[1].number, untouched);
+}
+
+TEST_F(Associate, header_after_a_nul_is_not_found) {
+  EXPECT_EQ(parse(std::string("x\0", 2) + header + first_row), 1U);
+}
+
+TEST_F(Associate, cut_row_is_dropped_by_the_bytes_read_and_not_by_the_first_nul) {
+  const std::string whole = header + first_row;
+  char* const text = text_memory.text(whole + std::string("\0[02] 0", 7));
+  EXPECT_EQ(parse_wls_associate(text, whole.size() + 7, table, &count), 0U);
+  EXPECT_EQ(count, 1);
+  EXPECT_EQ(text[whole.size()], '\0');
+  const std::string nul_in_the_middle = "a\n" + std::string("b\0c\nd", 5);
+  char* const cut = text_memory.text(nul_in_the_middle);
+  EXPECT_EQ(parse_wls_associate(cut, nul_in_the_middle.size(), table, &count), 1U);
+  EXPECT_EQ(std::string(cut, 7), std::string("a\nb\0c\n\0", 7));
+}
+
+TEST_F(Associate, text_of_less_than_4_bytes_is_left_as_it_is) {
+  char* const three = text_memory.text("a\nb");
+  EXPECT_EQ(parse_wls_associate(three, 3, table, &count), 1U);
+  EXPECT_STREQ(three, "a\nb");
+  char* const four = text_memory.text("a\nbc");
+  EXPECT_EQ(parse_wls_associate(four, 4, table, &count), 1U);
+  EXPECT_STREQ(four, "a\n");
+}
+
+TEST_F(Associate, number_after_a_short_row_is_looked_for_in_the_bytes_read) {
+  const std::string short_row = "[01]\n" + std::string("\0", 1) + std::string(23, '.') + "77\n";
+  EXPECT_EQ(parse(header + short_row), 0U);
+  EXPECT_EQ(count, 1);
+  EXPECT_EQ(table[0].number, 77);
+}
+
+TEST_F(Associate, number_is_what_atoi_gives_for_it) {
+  for (const char* number : {"4294967297", "-4294967298", "99999999999999999999"}) {
+    EXPECT_EQ(parse(header + "[01] 00:0C:43:28:60:11   AID " + number + "\n"), 0U);
+    EXPECT_EQ(table[0].number, std::atoi(number));
+  }
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <proreflax/wireless.h>
 
+#include <cstdlib>
 #include <string>
 
 #include "tests/support/device_root.h"
@@ -23,7 +24,7 @@ constexpr int untouched = static_cast<int>(0xA5A5A5A5);
 class EventLog : public testing::Test {
  protected:
   std::uint32_t parse(std::string_view characters) {
-    return parse_wls_event_log(text_memory.text(characters), &count, table);
+    return parse_wls_event_log(text_memory.text(characters), characters.size(), &count, table);
   }
 
   /// The message of a row that carries these characters.
@@ -189,11 +190,56 @@ TEST_F(EventLog, densest_text_fills_the_table_to_its_last_row_and_no_further) {
   EXPECT_EQ(parse(densest + row + row + row + row), 0U);
 }
 
-TEST_F(EventLog, text_ends_at_a_nul) {
-  std::string characters = "Event count: 2\n" + first_row + second_row;
-  characters[characters.find("8 00:")] = '\0';
+TEST_F(EventLog, bytes_are_counted_beyond_a_nul) {
+  std::string characters = "Event count: 0";
+  characters[3] = '\0';
   EXPECT_EQ(parse(characters), 0U);
+  EXPECT_EQ(count, 0);
+  characters.back() = '7';
+  EXPECT_EQ(parse(characters + "\n" + first_row), 0U) << "no newline before the first NUL";
+  EXPECT_EQ(count, 0);
+  EXPECT_EQ(table[0].number, untouched);
+}
+
+TEST_F(EventLog, search_for_the_colon_ends_at_a_nul) {
+  std::string characters = header_of_two + first_row + second_row;
+  characters[characters.find(" 00:0C:43:28:60:12")] = '\0';
+  EXPECT_EQ(parse(characters), 1U);
+  EXPECT_EQ(table[1].number, 8);
+}
+
+TEST_F(EventLog, message_with_a_nul_ends_there_and_is_the_last) {
+  std::string characters = header_of_two + first_row + second_row;
+  characters[characters.find("ciated")] = '\0';
+  EXPECT_EQ(parse(characters), 0U);
+  EXPECT_STREQ(table[0].message, " asso");
   EXPECT_EQ(table[1].number, untouched);
+}
+
+TEST_F(EventLog, nul_in_the_lead_of_a_row_is_passed) {
+  std::string characters = header_of_two + first_row + second_row;
+  characters[characters.find("[log] 8") + 2] = '\0';
+  EXPECT_EQ(parse(characters), 0U);
+  EXPECT_EQ(table[1].number, 8);
+  EXPECT_STREQ(table[1].message, " left");
+}
+
+TEST_F(EventLog, nul_among_the_last_bytes_counts_as_one_that_remains) {
+  const std::string characters = header_of_two + first_row;
+  EXPECT_EQ(parse(characters + std::string(6, '\0')), 0U);
+  EXPECT_EQ(table[1].number, untouched);
+  EXPECT_EQ(parse(characters + std::string(7, '\0')), 1U);
+  EXPECT_EQ(table[1].number, 0);
+}
+
+TEST_F(EventLog, numbers_are_what_atoi_gives_for_them) {
+  for (const char* number : {"4294967297", "-4294967298", "99999999999999999999"}) {
+    const int expected = std::atoi(number);
+    EXPECT_EQ(parse("Event count: 1\n[log] " + std::string{number} + " 00:0C:43:28:60:11 x\n"), 0U);
+    EXPECT_EQ(table[0].number, expected);
+    parse("Event count: " + std::string{number} + "\n[log] 1 00:0C:43:28:60:11 x\n");
+    EXPECT_EQ(count, expected);
+  }
 }
 
 TEST_F(EventLog, is_read_from_proc_wirelesslog) {

@@ -1,12 +1,18 @@
 #include "wireless/proc_file.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <proreflax/wireless.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <cstring>
 #include <filesystem>
 #include <string>
+#include <thread>
 
+#include "tests/support/child.h"
 #include "tests/support/device_root.h"
 #include "tests/support/faults.h"
 
@@ -88,23 +94,78 @@ TEST_F(ProcFile, that_is_empty_is_a_text_of_no_characters) {
   EXPECT_STREQ(text, "");
 }
 
-TEST_F(ProcFile, that_cannot_be_opened_or_read_gives_1_and_stays_closed) {
+TEST_F(ProcFile, that_cannot_be_opened_gives_1_and_is_not_read) {
   device_root::write("/proc/wireless", "some text\n");
   const int free_before = free_descriptor();
-  for (const call kind : {call::open, call::read}) {
-    for (int nth = 1; nth < 9; ++nth) {
-      faults::fail(kind, nth);
-      const std::uint32_t result = read();
-      if (!faults::happened()) {
-        EXPECT_EQ(result, 0U);
-        EXPECT_GT(nth, 1);
-        break;
+  faults::fail(call::fopen, 1);
+  EXPECT_EQ(read(), 1U);
+  EXPECT_TRUE(faults::happened());
+  EXPECT_EQ(faults::calls(call::fread) + faults::calls(call::fclose), 0);
+  EXPECT_EQ(free_descriptor(), free_before);
+  EXPECT_EQ(text, nullptr);
+  EXPECT_EQ(length, 77U);
+}
+
+TEST_F(ProcFile, is_opened_read_and_closed_as_a_stream_with_one_call_each) {
+  device_root::write("/proc/wireless", "some text\n");
+  const int free_before = free_descriptor();
+  faults::reset();
+  EXPECT_EQ(read(), 0U);
+  EXPECT_EQ(faults::calls(call::fopen), 1);
+  EXPECT_EQ(faults::mode_of_last_fopen(), "r");
+  EXPECT_EQ(faults::calls(call::fread), 1);
+  EXPECT_EQ(faults::calls(call::fclose), 1);
+  EXPECT_EQ(faults::calls(call::open) + faults::calls(call::read), 0);
+  EXPECT_EQ(free_descriptor(), free_before);
+}
+
+TEST_F(ProcFile, whose_reading_fails_ends_with_the_bytes_read_until_then) {
+  device_root::write("/proc/wireless", "some text\n");
+  faults::fail(call::fread, 1);
+  EXPECT_EQ(read(), 0U);
+  EXPECT_TRUE(faults::happened());
+  EXPECT_EQ(length, 0U);
+  EXPECT_STREQ(text, "");
+  EXPECT_EQ(faults::calls(call::fclose), 1);
+}
+
+TEST_F(ProcFile, that_is_a_folder_is_a_text_of_no_characters) {
+  EXPECT_EQ(read_proc_file("/", &text, &length), 0U);
+  EXPECT_EQ(length, 0U);
+}
+
+TEST_F(ProcFile, whose_close_fails_is_read_all_the_same) {
+  device_root::write("/proc/wireless", "some text\n");
+  faults::fail(call::fclose, 1);
+  EXPECT_EQ(read(), 0U);
+  EXPECT_STREQ(text, "some text\n");
+}
+
+TEST_F(ProcFile, that_comes_in_pieces_is_read_to_its_end) {
+  const std::string path = device_root::path("/proc/wireless");
+  device_root::write("/proc/wireless", "");
+  ASSERT_EQ(unlink(path.c_str()), 0);
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  child driver{[&] {
+    const int pipe = open(path.c_str(), O_WRONLY);
+    for (const char* piece : {"recv_", "unicast", "=1\n"}) {
+      if (write(pipe, piece, std::strlen(piece)) < 0) {
+        return 1;
       }
-      EXPECT_EQ(result, 1U);
-      EXPECT_EQ(faults::calls(call::close), kind == call::open ? 0 : 1);
-      EXPECT_EQ(free_descriptor(), free_before);
+      std::this_thread::sleep_for(std::chrono::milliseconds{20});
     }
-  }
+    return 0;
+  }};
+  EXPECT_EQ(read(), 0U);
+  EXPECT_STREQ(text, "recv_unicast=1\n");
+  EXPECT_EQ(driver.wait(), 0);
+}
+
+TEST_F(ProcFile, with_a_nul_has_the_length_of_the_bytes_read) {
+  device_root::write("/proc/wireless", std::string("a\0b\n", 4));
+  EXPECT_EQ(read(), 0U);
+  EXPECT_EQ(length, 4U);
+  EXPECT_EQ(std::string(text, 5), std::string("a\0b\n\0", 5));
 }
 
 TEST_F(ProcFile, that_is_missing_makes_every_reader_fail_with_its_outputs_untouched) {

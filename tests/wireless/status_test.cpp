@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <proreflax/wireless.h>
 
+#include <cstdlib>
 #include <string>
 
 #include "tests/support/device_root.h"
@@ -140,6 +141,18 @@ TEST_F(Status, value_is_a_decimal_number_or_0) {
                           {"2147483647", 2147483647}}) {
     EXPECT_EQ(parse_line("recv_failed=" + std::string{each.value}), 0U);
     EXPECT_EQ(status.recv_failed, each.number) << each.value;
+  }
+}
+
+TEST_F(Status, value_out_of_the_range_of_an_int_is_what_atoi_gives_for_it) {
+  for (const char* value : {"2147483648", "3000000000", "4294967295", "4294967296", "-3000000000",
+                            "99999999999999999999"}) {
+    EXPECT_EQ(parse_line("recv_failed=" + std::string{value}), 0U);
+    EXPECT_EQ(status.recv_failed, static_cast<std::uint32_t>(std::atoi(value))) << value;
+  }
+  if (sizeof(long) == 8) {
+    EXPECT_EQ(parse_line("recv_failed=3000000000"), 0U);
+    EXPECT_EQ(status.recv_failed, 3000000000U);
   }
 }
 
