@@ -1,7 +1,7 @@
 // The client processes of a run.
 //
-// A client that waits longer than it may for one operation is ended by its alarm clock, or, where it
-// uses that for itself, killed when the crew is dismissed: either is a violation.
+// A client that waits too long for one operation is ended by its alarm clock or, where it has none,
+// killed when the crew is dismissed: either is a violation.
 #ifndef PROREFLAX_TESTS_ENDURANCE_CREW_H
 #define PROREFLAX_TESTS_ENDURANCE_CREW_H
 
@@ -60,7 +60,7 @@ class crew {
   /// The same; a client that does not end is a violation.
   void expect_to_end(double seconds) {
     if (const std::size_t killed = dismiss(seconds); killed != 0) {
-      found_.violation("%zu clients wait for ever", killed);
+      found_.violation("%zu clients did not end within %.0f s", killed, seconds);
     }
   }
 
@@ -109,15 +109,6 @@ inline void set_and_get(const report& found, const char* key, std::uint32_t numb
     found.violation("get %s: result %u", key, got);
   } else if (back != number) {
     found.violation("get %s: %u, but %u was set", key, back, number);
-  }
-}
-
-/// The number set by the same client under that key before; a violation when it is another.
-inline void expect_number(const report& found, const char* key, std::uint32_t number) {
-  std::uint32_t back = 0;
-  const std::uint32_t result = __cfc_get_u32(0, "WORK", key, &back);
-  if (result != 0 || back != number) {
-    found.violation("%s at the end: result %u, %u instead of %u", key, result, back, number);
   }
 }
 

@@ -1,5 +1,5 @@
-// Slot files are damaged at random. A read gives one of the saved texts, the other slot's when one is
-// untouched, or fails with a message and leaves no file. A save over the damage counts.
+// Slot files are damaged at random. A read gives one of the saved texts or fails with a message and
+// leaves no file; it does not fail while one slot is untouched. A save over the damage counts.
 #include <algorithm>
 
 #include "tests/endurance/flash_tool.h"

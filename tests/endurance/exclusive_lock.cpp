@@ -1,5 +1,5 @@
-// At most one client is between a cfc_get_mutex() that returned 0 and its cfc_put_mutex(), while the
-// service is killed and stopped again and again.
+// At most one client is between a cfc_get_mutex() that returned 0 and its cfc_put_mutex(), while
+// the service is killed and stopped again and again.
 //
 // Clients write themselves into one shared word on entry, and out of it before they put the lock
 // back. A client that gets 230 or 231 is not inside; one that is inside when the service ends stays
@@ -67,7 +67,9 @@ bool end_and_restart(config_service& service, const report& found, dice& random,
     }
     ++so_far.stops;
   } else {
-    service.end(SIGKILL);
+    if (const int status = service.end(SIGKILL); status != -SIGKILL) {
+      found.violation("the service had ended before it was killed, with status %d", status);
+    }
     ++so_far.kills;
   }
   random.pause_up_to_us(5000);
@@ -85,16 +87,15 @@ void exclusive_lock(const plan& planned, report& found) {
   const shared<lock_record> record;
   crew contenders{found};
   for (unsigned i = 0; i < clients; ++i) {
-    contenders.add([&, random = dice{planned, i}]() mutable {
-      enter_and_leave(found, *record, random);
-    });
+    contenders.add(
+        [&, random = dice{planned, i}]() mutable { enter_and_leave(found, *record, random); });
   }
   dice random{planned, clients};
   ends so_far;
   bool alive = true;
   const deadline over{planned.seconds * 2};
   while (alive && !over.passed() && so_far.kills < planned.at_most(ends_per_second)) {
-    random.pause_up_to_us(60000);
+    random.pause_up_to_us(150000);
     if (const int value = lock_value(); value > 1) {
       found.violation("the lock's value is %d", value);
     }

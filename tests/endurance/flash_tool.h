@@ -53,8 +53,11 @@ class flash_tool {
 /// A text unlike any other, of some bytes or of many.
 inline std::string any_text(dice& random, unsigned number) {
   std::string text = "text " + std::to_string(number) + '\n';
-  for (unsigned left = random.below(random.one_in(3) ? 60000 : 3000); left > 0; --left) {
-    text += static_cast<char>('a' + random.below(26));
+  for (unsigned left = random.below(random.one_in(3) ? 12000 : 600); left > 0; --left) {
+    const unsigned five = random.any();
+    for (unsigned bits = 0; bits < 30; bits += 6) {
+      text += static_cast<char>('0' + (five >> bits & 63U));
+    }
   }
   return text;
 }

@@ -34,8 +34,7 @@ struct world {
 void send_for_ever(world& seen, int flags) {
   const int queue = msgget(proreflax::CFC_MSQ_KEY, 0);
   constexpr std::uint32_t unknown_opcode = 0;
-  const bytes header =
-      row(own_reply_type(), u32(unknown_opcode), u16(0), u16(0), u16(0), u16(0));
+  const bytes header = row(own_reply_type(), u32(unknown_opcode), u16(0), u16(0), u16(0), u16(0));
   message_buffer message{proreflax::request_type, {}};
   std::ranges::copy(header, message.text);
   for (;;) {
@@ -54,8 +53,7 @@ void ask(const report& found, world& seen, const char* key, std::uint32_t number
   const auto began = std::chrono::steady_clock::now();
   set_and_get(found, key, number);
   const auto took = std::chrono::steady_clock::now() - began;
-  note_longest(seen.worst_us,
-               std::chrono::duration_cast<std::chrono::microseconds>(took).count());
+  note_longest(seen.worst_us, std::chrono::duration_cast<std::chrono::microseconds>(took).count());
   ++seen.answered;
 }
 
@@ -83,7 +81,8 @@ void flood_in(const form& chosen, const plan& planned, report& found, unsigned l
   usleep(static_cast<useconds_t>(planned.seconds / std::size(forms) * 1e6));
   const unsigned long answered_meanwhile = seen->answered;
   flooding.clear();
-  if (const std::size_t hung = asking.dismiss(bound_seconds); hung != 0) {
+  const std::size_t hung = asking.dismiss(bound_seconds);
+  if (hung != 0) {
     found.violation("%s: %zu honest clients got no reply within %.0f s of the flood's end",
                     chosen.name, hung, bound_seconds);
   }
@@ -93,8 +92,9 @@ void flood_in(const form& chosen, const plan& planned, report& found, unsigned l
   }
   sent += seen->sent;
   found.figure(std::string{chosen.name} + ": " + std::to_string(answered_meanwhile) +
-               " honest operations meanwhile (worst " + std::to_string(seen->worst_us / 1000) +
-               " ms)");
+               " honest operations meanwhile, " +
+               (hung != 0 ? std::to_string(hung) + " without an end"
+                          : "worst " + std::to_string(seen->worst_us / 1000) + " ms"));
 }
 
 }  // namespace

@@ -7,7 +7,7 @@ namespace {
 
 constexpr unsigned survivors = 4;
 constexpr unsigned at_once = 8;
-constexpr double kills_per_second = 400;
+constexpr double kills_per_second = 1000;
 constexpr unsigned patience_seconds = 15;
 
 struct counts {
@@ -156,7 +156,8 @@ void kill_storm(const plan& planned, report& found) {
   const deadline over{planned.seconds};
   kill_a_wave(planned, found, random, 0);
   const footprint before{service};
-  for (unsigned long wave = 1; !over.passed() && kills < planned.at_most(kills_per_second); ++wave) {
+  for (unsigned long wave = 1; !over.passed() && kills < planned.at_most(kills_per_second);
+       ++wave) {
     kill_a_wave(planned, found, random, wave);
     kills += at_once;
   }

@@ -1,8 +1,9 @@
 // endurance RUN [--seconds SECONDS] [--seed SEED]
 //
 // One endurance run on the device's folder; its last line is a row of the table that
-// tests/endurance/run prints. Runs signal their processes and use the fixed IPC keys, so the program
-// insists on being started by the first process of a PID namespace, as in_own_namespaces.sh does it.
+// tests/endurance/run prints. Runs signal their processes and use the fixed IPC keys, so the
+// program insists on being started by the first process of a PID namespace, as
+// in_own_namespaces.sh does it.
 #include <fcntl.h>
 #include <unistd.h>
 

@@ -14,7 +14,7 @@ namespace {
 constexpr unsigned at_once = 4;
 constexpr unsigned rounds_of_a_client = 50;
 constexpr unsigned ids_in_use = 200;
-constexpr double clients_per_second = 200;
+constexpr double clients_per_second = 1000;
 constexpr unsigned patience_seconds = 20;
 
 struct counts {

@@ -8,6 +8,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <random>
@@ -23,7 +24,7 @@ struct plan {
 
   /// The most that a run does of something that it may do so often a second.
   unsigned long at_most(double per_second) const {
-    return static_cast<unsigned long>(seconds * per_second) + 1;
+    return std::max(1UL, static_cast<unsigned long>(seconds * per_second + 0.5));
   }
 };
 

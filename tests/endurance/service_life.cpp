@@ -11,7 +11,7 @@ namespace {
 
 constexpr unsigned writers = 3;
 constexpr unsigned keys = 8;
-constexpr double ends_per_second = 20;
+constexpr double ends_per_second = 50;
 constexpr unsigned patience_seconds = 30;
 
 struct key_record {
@@ -139,6 +139,9 @@ bool end_restart_and_check(config_service& service, report& found, world& seen, 
   const way_to_end& how = ways[random.below(std::size(ways))];
   const int status = service.end(how.signal, how.to);
   seen.hold = true;
+  if (status < 0 && (status != -SIGKILL || how.signal != SIGKILL)) {
+    found.violation("%s: the service ended by signal %d", how.name, -status);
+  }
   so_far.count(status);
   while (random.one_in(4)) {
     cut_a_start_short(service, random, so_far);
