@@ -32,7 +32,7 @@ saved_pair save_two(const flash_tool& tool, dice& random, const report& found) {
     }
   }
   for (unsigned i = 0; i < 2; ++i) {
-    both.slots[i] = files::read(slot_path(i)).value_or("");
+    both.slots[i] = files::text_of(slot_path(i));
   }
   return both;
 }

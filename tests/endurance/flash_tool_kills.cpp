@@ -15,39 +15,36 @@ struct counts {
   unsigned long new_there = 0;
 };
 
-/// How long the tool takes, in microseconds.
-unsigned usual_us(const flash_tool& tool, const char* option, dice& random) {
-  constexpr unsigned tries = 20;
-  std::chrono::steady_clock::duration took{};
-  for (unsigned i = 0; i < tries; ++i) {
-    files::write(tool.file(), any_text(random, i));
-    const auto began = std::chrono::steady_clock::now();
-    tool.run(option);
-    took += std::chrono::steady_clock::now() - began;
-  }
-  return static_cast<unsigned>(
-      std::chrono::duration_cast<std::chrono::microseconds>(took / tries).count());
-}
+/// One of the tool's options, killed at moments spread over its run: the time to wait adapts
+/// itself so that about seven of ten are killed before they end.
+class victim {
+ public:
+  explicit victim(const char* option) : option_{option} {}
 
-/// Whether the tool was killed before it ended. An end by itself must be a success.
-bool killed_at_random(const flash_tool& tool, const char* option, dice& random, unsigned span_us,
-                      const report& found) {
-  const pid_t id = tool.launch(option);
-  random.pause_up_to_us(span_us);
-  kill(id, SIGKILL);
-  const int status = wait_for_child(id);
-  if (status != 0 && status != -SIGKILL) {
-    found.violation("writeflash %s ended with status %d: %s", option, status,
-                    tool.message().c_str());
+  /// Whether the tool was killed before it ended. An end by itself must be a success.
+  bool is_killed(const flash_tool& tool, dice& random, const report& found) {
+    const pid_t id = tool.launch(option_);
+    random.pause_up_to_us(static_cast<unsigned>(longest_us_));
+    kill(id, SIGKILL);
+    const int status = wait_for_child(id);
+    if (status != 0 && status != -SIGKILL) {
+      found.violation("writeflash %s ended with status %d: %s", option_, status,
+                      tool.message().c_str());
+    }
+    longest_us_ = std::clamp(longest_us_ * (status == 0 ? 0.977 : 1.01), 100.0, 1e6);
+    return status == -SIGKILL;
   }
-  return status == -SIGKILL;
-}
 
-void kill_a_save(const flash_tool& tool, dice& random, unsigned span_us, const report& found,
+ private:
+  const char* option_;
+  double longest_us_ = 3000;
+};
+
+void kill_a_save(const flash_tool& tool, victim& save, dice& random, const report& found,
                  counts& seen, std::string& saved) {
   const std::string next = any_text(random, random.any());
   files::write(tool.file(), next);
-  const bool killed = killed_at_random(tool, "-w", random, span_us, found);
+  const bool killed = save.is_killed(tool, random, found);
   ++(killed ? seen.saves_killed : seen.ended_before);
   const auto now = tool.saved();
   if (now == next) {
@@ -63,11 +60,11 @@ void kill_a_save(const flash_tool& tool, dice& random, unsigned span_us, const r
   saved = now.value_or("");
 }
 
-void kill_a_read(const flash_tool& tool, dice& random, unsigned span_us, const report& found,
+void kill_a_read(const flash_tool& tool, victim& read, dice& random, const report& found,
                  counts& seen, const std::string& saved) {
   const std::string before = "as it was";
   files::write(tool.file(), before);
-  const bool killed = killed_at_random(tool, "-r", random, span_us, found);
+  const bool killed = read.is_killed(tool, random, found);
   ++(killed ? seen.reads_killed : seen.ended_before);
   const auto now = files::read(tool.file());
   if (now != saved && (!killed || now != before)) {
@@ -81,8 +78,8 @@ void flash_tool_kills(const plan& planned, report& found) {
   prepare_device();
   const flash_tool tool;
   dice random{planned, 0};
-  const unsigned save_us = usual_us(tool, "-w", random);
-  const unsigned read_us = usual_us(tool, "-r", random);
+  victim save{"-w"};
+  victim read{"-r"};
   std::string saved = any_text(random, 1);
   if (tool.save(saved) != 0) {
     found.violation("writeflash -w: %s", tool.message().c_str());
@@ -93,9 +90,9 @@ void flash_tool_kills(const plan& planned, report& found) {
   for (const deadline over{planned.seconds};
        !over.passed() && rounds < planned.at_most(kills_per_second); ++rounds) {
     if (random.one_in(4)) {
-      kill_a_read(tool, random, read_us, found, seen, saved);
+      kill_a_read(tool, read, random, found, seen, saved);
     } else {
-      kill_a_save(tool, random, save_us, found, seen, saved);
+      kill_a_save(tool, save, random, found, seen, saved);
     }
   }
   found.figure(seen.saves_killed, "saves killed");

@@ -20,10 +20,7 @@ constexpr unsigned honest_clients = 3;
 constexpr unsigned attackers = 3;
 constexpr unsigned patience_seconds = 20;
 
-struct field {
-  static constexpr std::size_t reply_mtype = 0;
-  static constexpr std::size_t op_result = 4;
-};
+constexpr std::size_t opcode_at = offsetof(proreflax::cfc_msg, op_result) - proreflax::text_off;
 
 struct world {
   std::atomic<unsigned long> sent;
@@ -135,7 +132,7 @@ class attacker {
                           service_ + 2,
                           getpid() + 2,
                           static_cast<long>(random_.below(40000)) + 1,
-                          static_cast<long>(random_.any() / 2) + 1,
+                          static_cast<long>(random_.any() / 2 | 1),
                           std::numeric_limits<long>::max()};
     const long type = types[random_.below(std::size(types))];
     return honest_.hold(type) ? proreflax::request_type : type;
@@ -144,10 +141,10 @@ class attacker {
   bytes harmless(bytes all) const {
     std::uint32_t opcode = 0;
     std::int32_t reply_type = 0;
-    if (all.size() >= field::op_result + sizeof opcode) {
-      std::memcpy(&opcode, &all[field::op_result], sizeof opcode);
+    if (all.size() >= opcode_at + sizeof opcode) {
+      std::memcpy(&opcode, &all[opcode_at], sizeof opcode);
       if (opcode == proreflax::CFC_OP_TO_DEFAULT) {
-        all[field::op_result] = all[field::op_result + 3] = 0;
+        all[opcode_at] = all[opcode_at + 3] = 0;
       }
     }
     if (all.size() >= sizeof reply_type) {

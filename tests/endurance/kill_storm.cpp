@@ -1,6 +1,10 @@
 // Clients are killed at random moments while they get, set, hold the lock over several calls, read
 // whole sections and flush. Other clients go on meanwhile and check every answer.
+//
+// Process ids come round, but not within the time in which the service clears up after the dead: a
+// reply that it leaves goes to the next process of that id.
 #include "tests/endurance/crew.h"
+#include "tests/endurance/process_ids.h"
 
 namespace endurance {
 namespace {
@@ -8,6 +12,7 @@ namespace {
 constexpr unsigned survivors = 4;
 constexpr unsigned at_once = 8;
 constexpr double kills_per_second = 1000;
+constexpr pid_t ids_in_use = 3000;
 constexpr unsigned patience_seconds = 15;
 
 struct counts {
@@ -107,11 +112,13 @@ int work_until_killed(const report& found, dice random, unsigned number) {
 }
 
 /// Starts some clients and kills each at a moment of its own.
-void kill_a_wave(const plan& planned, const report& found, dice& random, unsigned long wave) {
+void kill_a_wave(const plan& planned, const report& found, process_ids& ids, dice& random,
+                 unsigned long wave) {
   std::vector<pid_t> doomed;
   for (unsigned i = 0; i < at_once; ++i) {
     const dice own{planned, static_cast<unsigned>(1000 + wave * at_once + i)};
     doomed.push_back(start_child([&] { return work_until_killed(found, own, i); }));
+    ids.started(doomed.back());
   }
   for (const pid_t victim : doomed) {
     random.pause_up_to_us(2000);
@@ -152,19 +159,21 @@ void kill_storm(const plan& planned, report& found) {
     working.add([&, i, random = dice{planned, i}]() mutable { survive(found, *seen, random, i); });
   }
   dice random{planned, survivors};
+  process_ids ids{ids_in_use};
   unsigned long kills = 0;
   const deadline over{planned.seconds};
-  kill_a_wave(planned, found, random, 0);
+  kill_a_wave(planned, found, ids, random, 0);
   const footprint before{service};
   for (unsigned long wave = 1; !over.passed() && kills < planned.at_most(kills_per_second);
        ++wave) {
-    kill_a_wave(planned, found, random, wave);
+    kill_a_wave(planned, found, ids, random, wave);
     kills += at_once;
   }
   working.expect_to_end(patience_seconds);
   expect_free_lock_and_empty_queue(found);
   found.figure(kills, "clients killed");
   found.figure(seen->operations, "operations of others checked");
+  ids.report_rounds(found);
   before.compare(found);
   if (const int status = service.end(SIGTERM); status != 0) {
     found.violation("the service ended with status %d", status);

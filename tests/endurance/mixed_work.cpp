@@ -1,19 +1,17 @@
 // Ordinary work: clients come, do some of everything, check it, and go. The service's memory and
 // descriptors stay as they were, with process ids coming round where the kernel lets the run say
 // which one is next.
-#include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <map>
 
 #include "tests/endurance/crew.h"
+#include "tests/endurance/process_ids.h"
 
 namespace endurance {
 namespace {
 
 constexpr unsigned at_once = 4;
 constexpr unsigned rounds_of_a_client = 50;
-constexpr unsigned ids_in_use = 200;
+constexpr pid_t ids_in_use = 200;
 constexpr double clients_per_second = 1000;
 constexpr unsigned patience_seconds = 20;
 
@@ -129,30 +127,6 @@ int work(const plan& planned, const report& found, counts& seen, unsigned number
   return 0;
 }
 
-/// Makes ids come round: the kernel goes on behind the number that is written here.
-class process_ids {
- public:
-  void started(pid_t id) {
-    if (id < first_ || id >= first_ + static_cast<pid_t>(ids_in_use)) {
-      std::ofstream file{"/proc/sys/kernel/ns_last_pid"};
-      file << first_ << std::flush;
-      rounds_ += file.good() ? 1U : 0U;
-    }
-  }
-
-  void tell(report& found) const {
-    if (rounds_ < 2) {
-      found.figure("process ids did not come round");
-    } else {
-      found.figure("process ids came round " + std::to_string(rounds_ - 1) + " times");
-    }
-  }
-
- private:
-  pid_t first_ = 1000;
-  unsigned long rounds_ = 0;
-};
-
 /// Clients, each with its place among those that work at once.
 class shift {
  public:
@@ -207,7 +181,7 @@ void mixed_work(const plan& planned, report& found) {
   }
   add_section(found, "WORK");
   const shared<counts> seen;
-  process_ids ids;
+  process_ids ids{ids_in_use};
   shift working{planned, found, *seen};
   const auto work_for = [&](double seconds, unsigned long most) {
     for (const deadline over{seconds};
@@ -225,7 +199,7 @@ void mixed_work(const plan& planned, report& found) {
   expect_free_lock_and_empty_queue(found);
   found.figure(working.started(), "clients");
   found.figure(seen->operations, "operations checked");
-  ids.tell(found);
+  ids.report_rounds(found);
   before.compare(found);
   if (const int status = service.end(SIGTERM); status != 0) {
     found.violation("the service ended with status %d", status);
