@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "tests/endurance/flash_tool.h"
-#include "tools/flash_slots.h"
+#include "tools/writeflash/flash_slots.h"
 
 namespace endurance {
 namespace {
