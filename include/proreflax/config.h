@@ -97,9 +97,8 @@ PROREFLAX_API PROREFLAX_CHECKED uint32_t cfc_add_app_nosem(const char* name);
  *
  * @return CFC_OK                what was set is on flash, or there was nothing to write
  *         CFC_ERR_WRITE         the temporary text could not be written; a later flush tries again
- *         CFC_ERR_FORK_FLASH_W  the flash tool could not be started
- *         CFC_ERR_FLASH_W       the flash tool failed; the next flush writes nothing until another
- *                               value is set
+ *         CFC_ERR_FORK_FLASH_W  the flash tool could not be started; a later flush tries again
+ *         CFC_ERR_FLASH_W       the flash tool failed; a later flush tries again
  *         or a code of "Exchange" above
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t cfc_flush_all_sem(void);

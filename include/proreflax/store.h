@@ -8,6 +8,11 @@
  * No function here touches the access lock, and none may run in two threads at once. All but
  * config_center_init(), cfc_flush_all() and config_to_default() return at once; those three run the
  * flash tool and block until it ends.
+ *
+ * Descriptors 0 to 2 must be open: otherwise a file that the store writes may get the number of
+ * standard output, and lines that are printed there land in the saved configuration. A signal to
+ * the process group ends the flash tool in the middle of a save, unless it is blocked, which the
+ * tool inherits.
  */
 #ifndef PROREFLAX_STORE_H
 #define PROREFLAX_STORE_H
