@@ -106,7 +106,6 @@ function name_of(text) {
 
 function fail(why) {
   print "manual_page.awk: " why > "/dev/stderr"
-  failed = 1
   exit 1
 }
 
