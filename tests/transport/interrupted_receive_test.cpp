@@ -1,5 +1,5 @@
-// A signal that interrupts the wait for a reply: the reply comes all the same, and must not be taken
-// for the reply to the next request.
+// A signal that interrupts the wait for a reply: the reply comes all the same, and must not be
+// taken for the reply to the next request.
 #include <gtest/gtest.h>
 #include <proreflax/config.h>
 #include <pthread.h>
@@ -43,8 +43,8 @@ class InterruptedReceive : public testing::Test {
     return result == 0 ? number : 1000 + result;
   }
 
-  /// Waits until the service has taken so many requests since its start and so many messages, replies
-  /// all, are on the queue.
+  /// Waits until the service has taken so many requests since its start and so many messages, all
+  /// of them replies, are on the queue.
   bool replies_wait(std::size_t requests, int replies) {
     return eventually([&] {
       return service.requests().size() == requests && service.queue().waiting() == replies;
