@@ -1,5 +1,5 @@
-// The readers of the wireless driver's texts, against opening, reading and closing the same file as a
-// stream: what no reader can do without. The texts are those that come with the device of a
+// The readers of the wireless driver's texts, against opening, reading and closing the same file as
+// a stream: what no reader can do without. The texts are those that come with the device of a
 // development machine.
 #include <benchmark/benchmark.h>
 #include <proreflax/wireless.h>

@@ -1,5 +1,5 @@
-// The bytes of a driver's text as a naive reader walks them: a search ends at a NUL, a fixed distance
-// passes it.
+// The bytes of a driver's text as a naive reader walks them: a search ends at a NUL, a fixed
+// distance passes it.
 #ifndef PROREFLAX_FUZZ_NAIVE_BYTES_H
 #define PROREFLAX_FUZZ_NAIVE_BYTES_H
 

@@ -19,8 +19,8 @@ namespace proreflax {
 std::uint32_t config_load_file(const char* path);
 
 /// Adds one line to the store; entries go to the section in g_config_mgmt.cache, which a header
-/// sets. The line is modified. 0, 12 or 205. No operation calls it; config_load_file() adds its lines
-/// with less searching.
+/// sets. The line is modified. 0, 12 or 205. No operation calls it; config_load_file() adds its
+/// lines with less searching.
 std::uint32_t config_parse_line(char* line);
 
 /// Writes the store, section by section, in order of creation. 0; or 215 when a write came short.

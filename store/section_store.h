@@ -20,7 +20,7 @@ namespace proreflax {
 std::uint32_t cfg_hash(const char* text, std::uint32_t* length);
 
 /// The section of that name, or null. Looks at the cache first and moves it to a section found. The
-/// cache is null in an empty store, and until the first section is found in one that was not loaded.
+/// cache is null in an empty store, and in one that was not loaded until a section is found.
 cfg_segment* segment_find(const char* name);
 
 /// 0 and the value's address, with the cursor on the entry; or 201 and null.

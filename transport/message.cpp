@@ -33,9 +33,9 @@ void note_interruption(std::int32_t reply_type) {
   owed = {g_cfc_msq_id, reply_type, before + 1};
 }
 
-/// Removes what waits under the process's message type before it asks again. A service that is still
-/// busy with the old request replies later: its reply is then taken for the next one, and the count
-/// stays, so that one of the exchanges to come removes the surplus reply.
+/// Removes what waits under the process's message type before it sends again. A service that is
+/// still busy with the old request replies later: its reply is then taken for the next one, and the
+/// count stays, so that one of the exchanges to come removes the surplus reply.
 void remove_owed_replies(std::int32_t reply_type) {
   if (!owed.are_for(reply_type)) {
     return;

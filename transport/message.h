@@ -85,9 +85,9 @@ using owned_msg = std::unique_ptr<cfc_msg, free_memory>;
 cfc_msg* cfc_msg_alloc(std::uint32_t payload_bytes);
 
 /// Sends the record over the queue that cfc_get_mutex() attached, and waits for the reply into the
-/// same memory. 0 when both succeeded, else the errno of the call that failed. `text_bytes` receives
-/// how much of the message text the reply has overwritten: the rest is still the request's. Needs
-/// the access lock held.
+/// same memory. 0 when both succeeded, else the errno of the call that failed. `text_bytes`
+/// receives how much of the message text the reply has overwritten: the rest is still the
+/// request's. Needs the access lock held.
 std::uint32_t cfc_exchange(cfc_msg* msg, std::size_t* text_bytes = nullptr);
 
 /// cfc_exchange(), and on its success the service's result. 205 for a reply that does not reach as

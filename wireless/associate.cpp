@@ -25,8 +25,8 @@ constexpr std::size_t shortest_cut = 4;  // bytes of a text of which a row may b
 
 static_assert(proc_buf_capacity - 1 - header_length == WLS_ASSOCIATE_ROWS_MAX);
 
-/// Ends the text after its last newline, as what follows is a row that was cut off, and returns that
-/// end.
+/// Ends the text after its last newline, as what follows is a row that was cut off, and returns
+/// that end.
 const char* drop_cut_row(char* text, std::size_t length) {
   if (length < shortest_cut) {
     return text + length;

@@ -2,7 +2,7 @@
 
 // Declared here and not included, on purpose: <stdlib.h> may turn atoi() into an inline call of
 // strtol(), and a program that interposes atoi() would be bypassed.
-extern "C" int atoi(const char* text);
+extern "C" int atoi(const char* text) noexcept;  // NOLINT(readability-redundant-declaration)
 
 namespace proreflax {
 

@@ -25,8 +25,8 @@ extern std::int32_t g_proc_buf_size;
 /// The text read last. The readers parse it in place and leave NULs in it.
 extern char g_proc_buf[proc_buf_capacity];
 
-/// Reads a file into g_proc_buf, as far as there is room, and puts a NUL after the bytes read, whose
-/// number goes to `length`. 0; or 1 when it cannot be opened, with the outputs untouched.
+/// Reads a file into g_proc_buf, as far as there is room, and puts a NUL after the bytes read,
+/// whose number goes to `length`. 0; or 1 when it cannot be opened, with the outputs untouched.
 std::uint32_t read_proc_file(const char* path, char** text, std::size_t* length);
 
 }  // namespace proreflax

@@ -21,8 +21,8 @@
  *                CFC_ERR_BUSY           the store is being written out
  *              Outputs are untouched by all of these. A failed send also prints one line,
  *              "msq_id=..., mtype=..., real_len=...", on standard output.
- * Signals      A signal handler that runs during the wait for the reply ends it with EINTR, also one
- *              that was installed with SA_RESTART: no system restarts a receive. The service
+ * Signals      A signal handler that runs during the wait for the reply ends it with EINTR, also
+ *              one that was installed with SA_RESTART: no system restarts a receive. The service
  *              executes the request all the same, and its reply still comes. The process's next
  *              request therefore begins by removing the replies that have come in the meantime,
  *              without waiting for one. A window is left: a reply that the service sends after this

@@ -88,8 +88,8 @@ typedef struct wls_associate_entry {
  * @param status  receives each value whose line has a name that begins with a field's name. Lines
  *                with other names are passed over; fields without a line are left as they were
  * @return CFC_OK      ten lines were read
- *         CFC_FAILED  the text cannot be opened, with *status untouched; or it has fewer lines, with
- *                     the fields of those lines filled
+ *         CFC_FAILED  the text cannot be opened, with *status untouched; or it has fewer lines,
+ *                     with the fields of those lines filled
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t gui_get_wls_11g_status(wls_11g_status* status);
 

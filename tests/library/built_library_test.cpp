@@ -51,8 +51,8 @@ names declared_exports() {
   return declared;
 }
 
-/// The platform's calls that an integrator may interpose, by the names under which the library makes
-/// them.
+/// The platform's calls that an integrator may interpose, by the names under which the library
+/// makes them.
 const names interposable = {"asctime",   "atoi",  "close",  "execl",  "fclose",  "fgets",
                             "fopen",     "fork",  "fread",  "fwrite", "getpid",  "ioctl",
                             "localtime", "lseek", "msgget", "msgrcv", "msgsnd",  "open",

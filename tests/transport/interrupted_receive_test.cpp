@@ -1,11 +1,12 @@
-// A signal that interrupts the wait for a reply: the reply comes all the same, and must not be taken
-// for the reply to the next request.
+// A signal that interrupts the wait for a reply: the reply comes all the same, and must not be
+// taken for the reply to the next request.
 #include <gtest/gtest.h>
 #include <proreflax/config.h>
 #include <pthread.h>
 #include <sys/msg.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -42,8 +43,8 @@ class InterruptedReceive : public testing::Test {
     return result == 0 ? number : 1000 + result;
   }
 
-  /// Waits until the service has taken so many requests since its start and so many messages, replies
-  /// all, are on the queue.
+  /// Waits until the service has taken so many requests since its start and so many messages, all
+  /// of them replies, are on the queue.
   bool replies_wait(std::size_t requests, int replies) {
     return eventually([&] {
       return service.requests().size() == requests && service.queue().waiting() == replies;
@@ -218,6 +219,36 @@ TEST_F(InterruptedReceive, of_a_forked_child_is_counted_apart_from_its_parents) 
   }};
   EXPECT_EQ(other.wait(), 0);
   EXPECT_EQ(receives_of_a_get(), 3);
+}
+
+TEST(InterruptedReceiveOnQueue, leaves_one_reply_to_come_for_each_interruption) {
+  const request_queue queue;
+  faults::fail(call::msgrcv, 1, EINTR);
+  EXPECT_EQ(cfc_flush_all_nosem(), interrupted);
+  faults::fail(call::msgrcv, 2, EINTR);
+  EXPECT_EQ(cfc_flush_all_nosem(), interrupted);
+  faults::reset();
+  const std::int32_t client = getpid() + 2;
+  child service{[&] {
+    message_buffer buffer{};
+    const auto answer_after = [&](int requests, std::uint32_t code) {
+      for (; requests > 0; --requests) {
+        msgrcv(queue.queue_id(), &buffer, sizeof buffer.text, 1, 0);
+      }
+      const bytes reply = row(i32(client), u32(code));
+      buffer.type = client;
+      std::copy(reply.begin(), reply.end(), buffer.text);
+      msgsnd(queue.queue_id(), &buffer, reply.size(), 0);
+    };
+    answer_after(3, 1002);
+    answer_after(1, 1004);
+    return 0;
+  }};
+  queue.reply_with(1001);
+  EXPECT_EQ(cfc_flush_all_nosem(), 1002U) << "1001 was removed, 1002 came too late for that";
+  queue.reply_with(1003);
+  EXPECT_EQ(cfc_flush_all_nosem(), 1004U) << "1003 was removed, and all is in step again";
+  EXPECT_EQ(service.wait(), 0);
 }
 
 TEST(InterruptedReceiveOnQueue, that_was_removed_is_harmless) {
