@@ -16,7 +16,7 @@ struct close_file {
 };
 using open_file = std::unique_ptr<std::FILE, close_file>;
 
-/// What a line adds to the store, whoever filled it before.
+/// Adds to a store that anything may have filled before: with a search for each name and key.
 struct any_store {
   cfg_segment* add_section(const char* name) { return g_config_mgmt.cache = segment_alloc(name); }
 

@@ -15,22 +15,26 @@ namespace {
 
 /// Replies that are still to come, because a signal interrupted the receive: how many, on which
 /// queue and under which message type. A forked child has another type, and a queue that was
-/// replaced took its replies with it: neither is owed anything.
+/// replaced took its replies with it: neither is owed anything. A service may also drop a reply,
+/// so they are looked for in a few exchanges only.
 struct owed_replies {
   int queue_id;
   std::int32_t type;
   unsigned count;
+  unsigned looks_left;
 
   bool are_for(std::int32_t reply_type) const {
-    return count > 0 && type == reply_type && queue_id == g_cfc_msq_id;
+    return count > 0 && looks_left > 0 && type == reply_type && queue_id == g_cfc_msq_id;
   }
 };
+
+constexpr unsigned looks_for_a_reply = 16;
 
 owed_replies owed;
 
 void note_interruption(std::int32_t reply_type) {
   const unsigned before = owed.are_for(reply_type) ? owed.count : 0;
-  owed = {g_cfc_msq_id, reply_type, before + 1};
+  owed = {g_cfc_msq_id, reply_type, before + 1, looks_for_a_reply};
 }
 
 /// Removes what waits under the process's message type before it sends again. A service that is
@@ -40,6 +44,7 @@ void remove_owed_replies(std::int32_t reply_type) {
   if (!owed.are_for(reply_type)) {
     return;
   }
+  --owed.looks_left;
   long removed_type = 0;  // without room for the text, which is cut off
   while (msgrcv(g_cfc_msq_id, &removed_type, 0, reply_type, IPC_NOWAIT | MSG_NOERROR) != -1) {
     owed.count -= owed.count > 0 ? 1 : 0;

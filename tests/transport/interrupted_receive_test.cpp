@@ -167,6 +167,15 @@ TEST_F(InterruptedReceive, is_the_only_failure_that_makes_the_next_exchange_look
   }
 }
 
+TEST_F(InterruptedReceive, reply_that_never_comes_is_looked_for_in_16_exchanges) {
+  get_interrupted("1");
+  ASSERT_TRUE(service.queue().take(getpid() + 2));
+  for (int exchange = 1; exchange <= 16; ++exchange) {
+    EXPECT_EQ(receives_of_a_get(), 2) << exchange;
+  }
+  EXPECT_EQ(receives_of_a_get(), 1);
+}
+
 TEST_F(InterruptedReceive, leaves_the_replies_to_other_processes) {
   const message_buffer foreign{getpid() + 3, {}};
   ASSERT_EQ(msgsnd(service.queue().queue_id(), &foreign, 20, 0), 0);
