@@ -2,6 +2,7 @@
 // what it needs, and what runs when it is loaded.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -101,6 +102,21 @@ class BuiltLibrary : public testing::TestWithParam<const char*> {
     return output_of(PROREFLAX_NM " " + options + " '" + GetParam() + "'");
   }
 
+  /// A path of this process's own.
+  static std::string temporary_path(const std::string& name) {
+    return testing::TempDir() + "proreflax_" + name + "." + std::to_string(getpid());
+  }
+
+  /// The machine code of a library.
+  static std::string code_of(const std::string& library) {
+    const std::string code = temporary_path("code");
+    output_of(std::string{PROREFLAX_OBJCOPY " -O binary --only-section=.text '"} + library + "' '" +
+              code + "'");
+    std::string bytes = files::text_of(code);
+    std::filesystem::remove(code);
+    return bytes;
+  }
+
   /// The size in bytes of a section of the file; 0 for one that it does not have.
   static std::size_t size_of_section(const std::string& name) {
     const auto sizes =
@@ -187,11 +203,7 @@ TEST_P(BuiltLibrary, holds_the_parts_of_the_store_engine_that_nothing_calls) {
 }
 
 TEST_P(BuiltLibrary, loses_no_code_when_it_is_stripped) {
-  const std::string stripped = testing::TempDir() + "proreflax_stripped.so";
-  const auto code_of = [](const std::string& library) {
-    return output_of(PROREFLAX_OBJCOPY " -O binary --only-section=.text '" + library +
-                     "' /dev/stdout");
-  };
+  const std::string stripped = temporary_path("stripped");
   output_of(std::string{PROREFLAX_STRIP " --strip-unneeded -o '"} + stripped + "' '" + GetParam() +
             "'");
   const std::string code = code_of(stripped);
