@@ -2,6 +2,7 @@
 // what it needs, and what runs when it is loaded.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -99,6 +100,21 @@ class BuiltLibrary : public testing::TestWithParam<const char*> {
   }
   static std::string nm(const std::string& options) {
     return output_of(PROREFLAX_NM " " + options + " '" + GetParam() + "'");
+  }
+
+  /// A path of this process's own.
+  static std::string temporary_path(const std::string& name) {
+    return testing::TempDir() + "proreflax_" + name + "." + std::to_string(getpid());
+  }
+
+  /// The machine code of a library.
+  static std::string code_of(const std::string& library) {
+    const std::string code = temporary_path("code");
+    output_of(std::string{PROREFLAX_OBJCOPY " -O binary --only-section=.text '"} + library + "' '" +
+              code + "'");
+    std::string bytes = files::text_of(code);
+    std::filesystem::remove(code);
+    return bytes;
   }
 
   /// The size in bytes of a section of the file; 0 for one that it does not have.
