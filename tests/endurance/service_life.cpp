@@ -43,12 +43,12 @@ void set_next(world& seen, unsigned writer, unsigned key) {
   }
 }
 
-void flush(world& seen, unsigned writer) {
+/// `service` is the one that answered the sets so far.
+void flush(world& seen, unsigned writer, unsigned long service) {
   std::uint32_t set_before[keys];
   for (unsigned i = 0; i < keys; ++i) {
     set_before[i] = seen.records[writer][i].set;
   }
-  const unsigned long service = seen.service;
   if (cfc_flush_all_nosem() != 0) {
     ++seen.failed_flushes;
     return;
@@ -65,6 +65,8 @@ void flush(world& seen, unsigned writer) {
 
 void write(world& seen, dice& random, unsigned writer) {
   seen.idle[writer] = false;
+  // Read before `hold`, which is set before it changes.
+  const unsigned long service = seen.service;
   if (seen.hold) {
     seen.idle[writer] = true;
     usleep(200);
@@ -72,7 +74,7 @@ void write(world& seen, dice& random, unsigned writer) {
   }
   const alarm_clock patience{patience_seconds};
   if (random.one_in(20)) {
-    flush(seen, writer);
+    flush(seen, writer, service);
   } else {
     set_next(seen, writer, random.below(keys));
   }
