@@ -89,6 +89,24 @@ class alarm_clock {
   alarm_clock& operator=(const alarm_clock&) = delete;
 };
 
+/// Does `work()` in a process of its own. False, and a violation, when it takes too long.
+template <typename Work>
+bool ends_in_time(const report& found, const char* what, Work work) {
+  constexpr double bound_seconds = 15;
+  child worker{[&] {
+    work();
+    return 0;
+  }};
+  if (!ends_within(worker.pid(), bound_seconds)) {
+    found.violation("%s: no end after %.0f s", what, bound_seconds);
+    return false;
+  }
+  if (const int status = worker.wait(); status != 0) {
+    found.violation("%s: ended with status %d", what, status);
+  }
+  return true;
+}
+
 /// The section "LAN", all of it made from one number: a mixture of two is found.
 inline lan_info lan_of(std::uint32_t number) {
   return {number, number + 1, number + 2, number + 3, number + 4, number + 5};

@@ -53,7 +53,8 @@ void ask(const report& found, world& seen, const char* key, std::uint32_t number
   const auto began = std::chrono::steady_clock::now();
   set_and_get(found, key, number);
   const auto took = std::chrono::steady_clock::now() - began;
-  note_longest(seen.worst_us, std::chrono::duration_cast<std::chrono::microseconds>(took).count());
+  const auto took_us = std::chrono::duration_cast<std::chrono::microseconds>(took).count();
+  note_longest(seen.worst_us, static_cast<long>(took_us));
   ++seen.answered;
 }
 

@@ -185,9 +185,11 @@ void expect_values_after_restart(config_service& service, const report& found, c
     found.violation("the service ended with status %d", status);
   }
   if (service.start()) {
-    for (unsigned i = 0; i < honest_clients; ++i) {
-      expect_value_of(i, found, seen);
-    }
+    ends_in_time(found, "the check of all values", [&] {
+      for (unsigned i = 0; i < honest_clients; ++i) {
+        expect_value_of(i, found, seen);
+      }
+    });
   }
 }
 
