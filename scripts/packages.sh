@@ -1,7 +1,7 @@
 # shellcheck shell=sh disable=SC2034
 # What the project's commands need from Debian. Sourced by ./run, ./test and .ci/run.
 
-build_packages="g++ cmake ninja-build libcli11-dev nlohmann-json3-dev util-linux"
+build_packages="g++ cmake ninja-build nlohmann-json3-dev util-linux"
 test_packages="$build_packages libgtest-dev libgmock-dev clang libclang-rt-14-dev binutils bash-completion mandoc mount
   procps u-boot-tools"
 install_packages="$build_packages binutils busybox g++-mips-linux-gnu mandoc mount pkg-config shellcheck systemd"

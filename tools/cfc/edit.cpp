@@ -8,11 +8,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iostream>
-#include <iterator>
 #include <set>
 
 #include "tools/cfc/all_or_nothing.h"
@@ -125,9 +123,17 @@ class temporary_file {
 
   /// By its name: an editor may have put another file in its place.
   bool read_text(std::string& text) const {
-    std::ifstream file{path_, std::ios::binary};
-    text.assign(std::istreambuf_iterator<char>{file}, {});
-    return file.is_open();
+    std::FILE* const file = std::fopen(path_.c_str(), "re");
+    if (file == nullptr) {
+      return false;
+    }
+    text.clear();
+    char piece[4096];
+    for (std::size_t count = 0; (count = std::fread(piece, 1, sizeof piece, file)) > 0;) {
+      text.append(piece, count);
+    }
+    std::fclose(file);
+    return true;
   }
 
  private:
@@ -196,8 +202,8 @@ bool wants_another_try(const output& out) {
     return false;
   }
   out.complain("Go on editing? [Y/n]");
-  std::string reply;
-  return std::getline(std::cin, reply) && !reply.starts_with('n') && !reply.starts_with('N');
+  char reply[256];
+  return std::fgets(reply, sizeof reply, stdin) != nullptr && *reply != 'n' && *reply != 'N';
 }
 
 exit_status give_up(const std::string& why, const output& out) {

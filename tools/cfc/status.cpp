@@ -6,9 +6,9 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 
 #include "tools/cfc/json_text.h"
+#include "tools/cfc/line_reader.h"
 #include "tools/cfc/result_text.h"
 #include "transport/ipc_keys.h"
 
@@ -17,9 +17,10 @@ namespace {
 
 /// The name that the kernel shows for a process; empty when there is no such process.
 std::string process_name(int process) {
-  std::ifstream file{"/proc/" + std::to_string(process) + "/comm"};
-  std::string name;
-  std::getline(file, name);
+  line_reader lines{"/proc/" + std::to_string(process) + "/comm"};
+  std::optional<text_line> line = lines.next();
+  std::string name = line ? std::move(line->text) : std::string{};
+  name.erase(name.find_last_not_of('\n') + 1);
   return name;
 }
 
