@@ -11,7 +11,7 @@ PROREFLAX_SITE_METHOD = local
 PROREFLAX_LICENSE = PROPRIETARY
 PROREFLAX_REDISTRIBUTE = NO
 PROREFLAX_INSTALL_STAGING = YES
-PROREFLAX_DEPENDENCIES = json-for-modern-cpp
+PROREFLAX_DEPENDENCIES = rapidjson
 
 # /sbin/writeflash is a fixed path, with and without merged folders.
 PROREFLAX_CONF_OPTS = \

@@ -10,7 +10,7 @@ LICENSE = "CLOSED"
 #   git archive --prefix=proreflax-0.1.0/ -o proreflax-0.1.0.tar.gz HEAD
 SRC_URI = "file://${BP}.tar.gz"
 
-DEPENDS = "nlohmann-json"
+DEPENDS = "rapidjson"
 
 inherit cmake bash-completion systemd update-rc.d useradd
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tools/cfc/exit_status.h"
-#include "tools/cfc/output.h"
+#include "tools/cfc/output/output.h"
 
 namespace cfc {
 
