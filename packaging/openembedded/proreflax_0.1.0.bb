@@ -17,6 +17,7 @@ inherit cmake bash-completion systemd update-rc.d useradd
 # /sbin/writeflash is a fixed path, with and without usrmerge.
 EXTRA_OECMAKE = " \
     -DPROREFLAX_BUILD_PROGRAMS=ON \
+    -DPROREFLAX_STATIC_RUNTIME=ON \
     -DPROREFLAX_INIT='${PROREFLAX_INIT}' \
     -DPROREFLAX_UNIT_DIR=${systemd_system_unitdir} \
     -DCMAKE_INSTALL_SBINDIR=${base_sbindir} \

@@ -10,7 +10,7 @@
 
 namespace cfc {
 
-/// Runs the command that the words behind the program's name spell. Throws std::bad_alloc only.
+/// Runs the command that the words behind the program's name spell.
 exit_status run_program(std::vector<std::string> words, output& out);
 
 }  // namespace cfc
