@@ -23,14 +23,20 @@ constexpr std::array<std::string_view, 9> secret_names{
 /// The longest text of a number or an address that the getters read.
 constexpr std::size_t short_text_max = 15;
 
+std::string text_of_bytes(const std::uint8_t* bytes, std::size_t count) {
+  std::string text(2 * count + 2, '\0');
+  cfc_bin_to_hex(bytes, static_cast<std::uint32_t>(count), text.data());
+  return text;
+}
+
 template <typename Number>
 std::string text_of_number(Number number) {
   // In memory as the store's hexadecimal text wants bytes: the lowest first, on every machine.
-  binary_data bytes;
-  for (unsigned shift = 0; shift < 8 * sizeof number; shift += 8) {
-    bytes.push_back(static_cast<std::uint8_t>(std::uint32_t{number} >> shift));
+  std::array<std::uint8_t, sizeof number> bytes{};
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    bytes[i] = static_cast<std::uint8_t>(std::uint32_t{number} >> (8 * i));
   }
-  return stored_text(bytes);
+  return text_of_bytes(bytes.data(), bytes.size());
 }
 
 struct store_writer {
@@ -40,12 +46,7 @@ struct store_writer {
   std::string operator()(std::uint32_t number) const { return text_of_number(number); }
   std::string operator()(ipv4_address address) const { return show_value(address); }
   std::string operator()(const binary_data& bytes) const {
-    if (bytes.empty()) {
-      return {};
-    }
-    std::string text(2 * bytes.size() + 2, '\0');
-    cfc_bin_to_hex(bytes.data(), static_cast<std::uint32_t>(bytes.size()), text.data());
-    return text;
+    return bytes.empty() ? std::string{} : text_of_bytes(bytes.data(), bytes.size());
   }
 };
 
