@@ -1,14 +1,14 @@
 # shellcheck shell=sh disable=SC2034
 # What the project's commands need from Debian. Sourced by ./run, ./test and .ci/run.
 
-build_packages="g++ cmake ninja-build libcli11-dev nlohmann-json3-dev util-linux"
-test_packages="$build_packages libgtest-dev libgmock-dev clang libclang-rt-14-dev binutils bash-completion mandoc mount
+build_packages="g++ cmake ninja-build rapidjson-dev util-linux"
+test_packages="$build_packages libgtest-dev libgmock-dev nlohmann-json3-dev clang libclang-rt-14-dev binutils bash-completion mandoc mount
   procps u-boot-tools"
 install_packages="$build_packages binutils busybox g++-mips-linux-gnu mandoc mount pkg-config shellcheck systemd"
 deb_packages="debootstrap lintian mount util-linux"
 # What ./test --all needs on top: compilers for the other platforms, what runs their programs and
 # looks at their output, and what packages are made with.
-target_packages="$build_packages googletest g++-mips-linux-gnu g++-i686-linux-gnu qemu-user"
+target_packages="$build_packages googletest nlohmann-json3-dev g++-mips-linux-gnu g++-i686-linux-gnu qemu-user"
 all_packages="$test_packages $install_packages $target_packages $deb_packages abigail-tools"
 ci_packages="$all_packages clang-format clang-tidy libbenchmark-dev zlib1g-dev"
 

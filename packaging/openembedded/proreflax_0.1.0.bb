@@ -10,13 +10,14 @@ LICENSE = "CLOSED"
 #   git archive --prefix=proreflax-0.1.0/ -o proreflax-0.1.0.tar.gz HEAD
 SRC_URI = "file://${BP}.tar.gz"
 
-DEPENDS = "cli11 nlohmann-json"
+DEPENDS = "rapidjson"
 
 inherit cmake bash-completion systemd update-rc.d useradd
 
 # /sbin/writeflash is a fixed path, with and without usrmerge.
 EXTRA_OECMAKE = " \
     -DPROREFLAX_BUILD_PROGRAMS=ON \
+    -DPROREFLAX_STATIC_RUNTIME=ON \
     -DPROREFLAX_INIT='${PROREFLAX_INIT}' \
     -DPROREFLAX_UNIT_DIR=${systemd_system_unitdir} \
     -DCMAKE_INSTALL_SBINDIR=${base_sbindir} \

@@ -18,8 +18,9 @@ const fs::path source = PROREFLAX_SOURCE_DIR;
 /// The folders whose headers a folder's files may include, besides its own and the public ones. The
 /// arrows point down: transport knows nothing of values, values nothing of accessors; the store,
 /// the wireless readers and the firmware writer know none of them. The programs share with the
-/// library what is told in one place: the request's record, the rules of names, the grammar of a
-/// saved line, the forms of value texts, the tables of the sections, the rules of an image.
+/// library what is defined in one place: the request's record, the rules of names, the grammar of a
+/// saved line, the encodings of values, the tables of the sections, the rules of an image. They see
+/// most of it through settings, which knows no program.
 const std::map<std::string, std::set<std::string>> may_include = {
     {"transport", {}},
     {"values", {"transport"}},
@@ -28,7 +29,8 @@ const std::map<std::string, std::set<std::string>> may_include = {
     {"wireless", {}},
     {"firmware", {}},
     {"service", {"store", "transport"}},
-    {"tools", {"accessors", "firmware", "store", "transport", "values"}},
+    {"settings", {"accessors", "store", "transport", "values"}},
+    {"tools", {"accessors", "firmware", "settings"}},
 };
 
 const std::set<std::string> headers_of_c = {

@@ -3,6 +3,8 @@
 #ifndef PROREFLAX_TOOLS_CFC_EXIT_STATUS_H
 #define PROREFLAX_TOOLS_CFC_EXIT_STATUS_H
 
+#include <cstdint>
+
 namespace cfc {
 
 enum class exit_status : int {
@@ -11,6 +13,9 @@ enum class exit_status : int {
   wrong_usage = 2,    // no command line of this program; nothing was asked of the service
   nothing_there = 3,  // no such section, or no such key
 };
+
+/// Of a result code.
+exit_status status_of(std::uint32_t code);
 
 }  // namespace cfc
 

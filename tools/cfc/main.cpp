@@ -6,8 +6,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdio>
-#include <exception>
 #include <string>
 #include <vector>
 
@@ -28,10 +26,5 @@ int main(int argc, char** argv) {
   // A reader that goes away costs the exit status, and does not end a batch half-way.
   std::signal(SIGPIPE, SIG_IGN);
   cfc::output out{set_standard_output_aside(), STDERR_FILENO};
-  try {
-    return static_cast<int>(cfc::run_program({argv + (argc > 0 ? 1 : 0), argv + argc}, out));
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "cfc: %s\n", error.what());
-    return static_cast<int>(cfc::exit_status::failed);
-  }
+  return static_cast<int>(cfc::run_program({argv + (argc > 0 ? 1 : 0), argv + argc}, out));
 }

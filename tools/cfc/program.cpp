@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "tools/cfc/command_line.h"
+#include "tools/cfc/command_line/command_line.h"
 
 namespace cfc {
 namespace {

@@ -6,11 +6,11 @@
 #include <vector>
 
 #include "tools/cfc/exit_status.h"
-#include "tools/cfc/output.h"
+#include "tools/cfc/output/output.h"
 
 namespace cfc {
 
-/// Runs the command that the words behind the program's name spell. Throws std::bad_alloc only.
+/// Runs the command that the words behind the program's name spell.
 exit_status run_program(std::vector<std::string> words, output& out);
 
 }  // namespace cfc
