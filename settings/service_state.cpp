@@ -6,6 +6,7 @@
 
 #include <cerrno>
 
+#include "settings/device_paths.h"
 #include "settings/line_reader.h"
 #include "settings/result_text.h"
 #include "transport/ipc_keys.h"
@@ -90,8 +91,23 @@ std::string status_report::sentence() const {
   return killed ? std::string{killed_service} : result_sentence(code());
 }
 
+served_status read_served_status(const std::string& path, int process) {
+  line_reader lines{path};
+  served_status served;
+  while (const std::optional<text_line> line = lines.next()) {
+    served.known = served.known || line->text == "pid=" + std::to_string(process) + "\n";
+    served.from_flash = served.from_flash || line->text == "source=flash\n";
+    served.flash_unreadable = served.flash_unreadable || line->text == "flash=unreadable\n";
+  }
+  return served.known ? served : served_status{};
+}
+
 status_report look_at_device() {
-  return {look_at_marker(), look_at_lock(), look_at_queue()};
+  status_report report{look_at_marker(), look_at_lock(), look_at_queue()};
+  if (report.service.state == service_status::life::alive) {
+    report.served = read_served_status(status_file, report.service.process);
+  }
+  return report;
 }
 
 bool service_was_killed() {

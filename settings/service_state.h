@@ -19,6 +19,13 @@ struct service_status {
   std::string name;            // empty when the process is gone
 };
 
+/// What a live service serves, as far as its status file says so.
+struct served_status {
+  bool known = false;
+  bool from_flash = false;        // else the factory settings
+  bool flash_unreadable = false;  // a saved configuration is kept that could not be read
+};
+
 struct lock_status {
   bool present = false;
   int error = 0;   // errno of what kept us from looking closer
@@ -39,6 +46,7 @@ struct status_report {
   service_status service;
   lock_status lock;
   queue_status queue;
+  served_status served = {};
 
   /// CFC_OK, CFC_ERR_NO_SEM (also for a lock that a killed service left), CFC_ERR_NO_MSQ, or the
   /// errno of what could not be looked at.
@@ -48,6 +56,9 @@ struct status_report {
 };
 
 status_report look_at_device();
+
+/// What a status file says of the service with that process id; not known when it is another's.
+served_status read_served_status(const std::string& path, int process);
 
 /// Whether a service was killed and left its lock behind: whoever asked it would wait for ever.
 bool service_was_killed();

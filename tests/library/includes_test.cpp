@@ -30,7 +30,7 @@ const std::map<std::string, std::set<std::string>> may_include = {
     {"firmware", {}},
     {"service", {"store", "transport"}},
     {"settings", {"accessors", "store", "transport", "values"}},
-    {"tools", {"accessors", "firmware", "settings"}},
+    {"tools", {"accessors", "firmware", "settings", "store"}},
 };
 
 const std::set<std::string> headers_of_c = {

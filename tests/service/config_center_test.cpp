@@ -216,6 +216,12 @@ TEST_F(ConfigCenter, answers_the_next_asker_after_one_that_died_before_its_reply
   EXPECT_TRUE(eventually([] { return waiting() == 0; })) << "the dead asker's reply is removed";
 }
 
+TEST_F(ConfigCenter, leaves_no_reply_to_itself_on_the_queue) {
+  const service_process service;
+  ASSERT_TRUE(send_raw(1, row(i32(service.id() + 2), u32(10), u32(0), u32(0))));
+  EXPECT_TRUE(eventually([] { return waiting() == 0; }));
+}
+
 TEST_F(ConfigCenter, does_not_give_a_later_request_the_reply_of_an_earlier_one) {
   const service_process service;
   // A process asks twice without waiting for the first

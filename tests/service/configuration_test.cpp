@@ -36,6 +36,16 @@ class Configuration : public ConfigCenter {
     std::filesystem::create_symlink(SLOW_FLASH_TOOL, device_root::path("/sbin/writeflash"));
   }
 
+  /// What cfc prints.
+  static std::string cfc(const std::string& arguments) {
+    const std::string command = device_root::path("/programs/cfc").string() + " " + arguments;
+    std::FILE* const pipe = popen(command.c_str(), "r");
+    char text[4096] = "";
+    const std::size_t length = fread(text, 1, sizeof text, pipe);
+    pclose(pipe);
+    return {text, length};
+  }
+
   static std::string status() { return device_root::read("/run/proreflax/status").value_or(""); }
 };
 
@@ -50,6 +60,7 @@ TEST_F(Configuration, that_could_not_be_read_is_not_overwritten) {
       EXPECT_EQ(get("LAN", "ConnType"), "1") << "the factory settings are served";
       EXPECT_THAT(service.log(), HasSubstr("could not be read")) << failure;
       EXPECT_THAT(status(), HasSubstr("source=factory\nflash=unreadable\n"));
+      EXPECT_THAT(cfc("status"), HasSubstr("the saved configuration could not be read"));
       EXPECT_EQ(cfc_flush_all_nosem(), 0U) << "nothing was set";
       EXPECT_EQ(service.end(), 0) << service.log();
     }
@@ -58,6 +69,7 @@ TEST_F(Configuration, that_could_not_be_read_is_not_overwritten) {
     const service_process later;
     EXPECT_EQ(get("LAN", "ConnType"), "0x07") << failure;
     EXPECT_THAT(status(), HasSubstr("source=flash\nflash=ok\n"));
+    EXPECT_THAT(cfc("status"), HasSubstr("configuration: loaded from flash\n"));
   }
 }
 

@@ -73,6 +73,6 @@ TEST_F(SectionsUnderLock, a_reading_that_fails_ends_there_and_gives_the_lock_bac
 TEST(SectionsWithoutALock, are_not_read_and_the_reason_is_told) {
   const section_values lan = read_values(*find_known_section("LAN"));
   EXPECT_EQ(lan.code, 230U);
-  EXPECT_EQ(lan.sentence, "there is no access lock: config-center does not run");
+  EXPECT_EQ(lan.sentence, "the access lock does not exist: config-center is not running");
   EXPECT_TRUE(lan.entries.empty());
 }

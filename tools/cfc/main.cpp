@@ -9,14 +9,18 @@
 #include <string>
 #include <vector>
 
+#include "store/standard_descriptors.h"
 #include "tools/cfc/program.h"
 
 namespace {
 
-/// The descriptor of standard output, which from now on is standard error to everybody else.
+/// The descriptor of standard output, which from now on is standard error to everybody else. It is
+/// -1 where standard output is closed, so that a result that cannot be printed is an error.
 int set_standard_output_aside() {
   const int results = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-  dup2(STDERR_FILENO, STDOUT_FILENO);
+  if (proreflax::open_standard_descriptors()) {
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+  }
   return results;
 }
 

@@ -95,11 +95,14 @@ TEST_F(CfcOnDevice, status_names_the_service) {
   const ended status = run_cfc({"status"});
   EXPECT_EQ(status.status, 0);
   EXPECT_EQ(status.out, "service: process " + std::to_string(service.id()) + " (" +
-                            name_of(service.id()) + ")\nlock: free\nqueue: 0 messages waiting\n");
+                            name_of(service.id()) +
+                            ")\nconfiguration: factory settings\nlock: free\n"
+                            "queue: 0 messages waiting\n");
   const json report = json::parse(run_cfc({"status", "--json"}).out);
   EXPECT_EQ(report["service"]["alive"], true);
   EXPECT_EQ(report["service"]["pid"], service.id());
   EXPECT_EQ(report["service"]["name"], name_of(service.id()));
+  EXPECT_EQ(report["configuration"]["source"], "factory");
 }
 
 TEST_F(CfcOnDevice, a_killed_service_is_told_and_nobody_waits_for_it) {

@@ -72,6 +72,13 @@ void write(json_writer& json, const queue_status& queue) {
   json.end_object();
 }
 
+void write(json_writer& json, const served_status& served) {
+  json.begin_object();
+  json.member("source", served.from_flash ? "flash" : "factory");
+  json.flag_member("flash_unreadable", served.flash_unreadable);
+  json.end_object();
+}
+
 }  // namespace
 
 std::string show_service(const service_status& service) {
@@ -84,6 +91,14 @@ std::string show_service(const service_status& service) {
       break;
   }
   return "service: nothing tells whether it runs";
+}
+
+std::string show_served(const served_status& served) {
+  if (served.flash_unreadable) {
+    return "configuration: factory settings in memory; the saved configuration could not be read, "
+           "and is kept until a flush or a reset overwrites it";
+  }
+  return served.from_flash ? "configuration: loaded from flash" : "configuration: factory settings";
 }
 
 std::string show_lock(const lock_status& lock) {
@@ -112,6 +127,9 @@ std::string json_of(const status_report& report) {
   json_writer json;
   json.begin_object();
   write(json.key("service"), report.service);
+  if (report.served.known) {
+    write(json.key("configuration"), report.served);
+  }
   write(json.key("lock"), report.lock);
   write(json.key("queue"), report.queue);
   write_code(json, report.code(), report.sentence());
@@ -125,6 +143,9 @@ exit_status run(const status_command& command, output& out) {
     out.result(json_of(report));
   } else {
     out.result(show_service(report.service));
+    if (report.served.known) {
+      out.result(show_served(report.served));
+    }
     out.result(show_lock(report.lock));
     out.result(show_queue(report.queue));
   }

@@ -16,6 +16,7 @@ struct status_command {
 };
 
 std::string show_service(const proreflax::settings::service_status& service);
+std::string show_served(const proreflax::settings::served_status& served);
 std::string show_lock(const proreflax::settings::lock_status& lock);
 std::string show_queue(const proreflax::settings::queue_status& queue);
 

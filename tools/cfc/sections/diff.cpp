@@ -1,7 +1,7 @@
 #include "tools/cfc/sections/diff.h"
 
 #include "settings/comparison.h"
-#include "settings/factory_file.h"
+#include "settings/device_paths.h"
 #include "settings/message_text.h"
 
 namespace cfc {

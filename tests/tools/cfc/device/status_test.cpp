@@ -61,14 +61,28 @@ TEST(Status, every_state_of_the_service_has_its_words) {
             "service: process 7 (config-center)");
 }
 
+TEST(Status, the_source_of_the_configuration_has_its_words) {
+  EXPECT_EQ(show_served({.known = true, .from_flash = true}), "configuration: loaded from flash");
+  EXPECT_EQ(show_served({.known = true}), "configuration: factory settings");
+  EXPECT_EQ(show_served({.known = true, .flash_unreadable = true}),
+            "configuration: factory settings in memory; the saved configuration could not be read, "
+            "and is kept until a flush or a reset overwrites it");
+  const status_report report{.service = {},
+                             .lock = {.present = true, .value = 1},
+                             .queue = {.present = true},
+                             .served = {.known = true, .flash_unreadable = true}};
+  EXPECT_EQ(json::parse(json_of(report))["configuration"],
+            json::parse(R"({"source":"factory","flash_unreadable":true})"));
+}
+
 TEST(StatusVerb, without_a_service_it_ends_in_1) {
   const ended status = run_cfc({"status"});
   EXPECT_EQ(status.status, 1);
   EXPECT_EQ(status.out,
             "service: nothing tells whether it runs\nlock: not there\nqueue: not there\n");
   EXPECT_EQ(status.err,
-            "cfc: status: 230 CFC_ERR_NO_SEM: there is no access lock: config-center does not "
-            "run\n");
+            "cfc: status: 230 CFC_ERR_NO_SEM: the access lock does not exist: "
+            "config-center is not running\n");
 }
 
 TEST(StatusVerb, without_a_queue_it_ends_in_1) {

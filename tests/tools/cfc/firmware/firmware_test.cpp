@@ -223,7 +223,7 @@ TEST_F(Firmware, info_as_json_holds_parts_and_what_is_wrong_with_them) {
   EXPECT_EQ(told["name"], "CFC_ERR_FW_DATA_CRC");
   EXPECT_EQ(told["place"], "part 2.1");
   EXPECT_THAT(told["message"].get<string>(),
-              StartsWith("the checksum of the firmware data differs (the header says 0x"));
+              StartsWith("the firmware data does not match its checksum (the header says 0x"));
   const json& parts = told["image"]["parts"];
   ASSERT_EQ(parts.size(), 2U);
   EXPECT_FALSE(told["image"].contains("place"));
@@ -325,14 +325,15 @@ TEST_F(Firmware, each_fault_tells_its_numbers) {
   EXPECT_THAT(refusal_of(bytes(63)), EndsWith("(63 bytes, and a header has 64)"));
   EXPECT_THAT(refusal_of(bytes(1)), EndsWith("(1 byte, and a header has 64)"));
   EXPECT_EQ(refusal_of(build({.data = {1}, .magic = 0x7f454c46})),
-            "237 CFC_ERR_FW_MAGIC: this is no firmware image (it begins with 0x7f454c46, not with "
+            "237 CFC_ERR_FW_MAGIC: not a firmware image (it begins with 0x7f454c46, not with "
             "0x27051956)");
   EXPECT_THAT(refusal_of(build({.type = 5, .data = {1}})), EndsWith("(type 5, firmware)"));
   EXPECT_THAT(refusal_of(build({.data = {1}, .header_crc = 7})),
               HasSubstr("(the header says 0x00000007, the bytes give 0x"));
-  EXPECT_THAT(refusal_of(build({.data = {1}, .data_crc = 7})),
-              HasSubstr("235 CFC_ERR_FW_DATA_CRC: the checksum of the firmware data differs (the "
-                        "header says 0x00000007, the bytes give 0x"));
+  EXPECT_THAT(
+      refusal_of(build({.data = {1}, .data_crc = 7})),
+      HasSubstr("235 CFC_ERR_FW_DATA_CRC: the firmware data does not match its checksum (the "
+                "header says 0x00000007, the bytes give 0x"));
   EXPECT_THAT(refusal_of(build({.data = {1, 2}, .data_size = 0xFFFFFFFF})),
               EndsWith("(the header declares 4294967295 bytes of data, and 2 are there)"));
   EXPECT_THAT(refusal_of(build({.type = 4, .data = bytes(8)})),

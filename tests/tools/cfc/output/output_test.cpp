@@ -9,6 +9,7 @@
 #include <csignal>
 #include <thread>
 
+#include "tests/support/files.h"
 #include "tests/tools/cfc/run_program.h"
 
 using cfc::output;
@@ -68,4 +69,21 @@ TEST(OutputOfTheProgram, a_closed_standard_output_costs_the_exit_status) {
           .wait();
   EXPECT_EQ(closed.out, "1\n");
   EXPECT_EQ(closed.err, "cfc: standard output: Bad file descriptor\n");
+}
+
+TEST(OutputOfTheProgram, closed_descriptors_bring_nothing_into_a_file) {
+  const files::temporary_folder folder;
+  const std::string data = folder.path() / "data";
+  files::write(data, "the data");
+  const auto pack = [&](const std::string& name, const std::string& redirections) {
+    const std::string image = folder.path() / name;
+    const std::string command = PROREFLAX_DEVICE_ROOT
+                                "/programs/cfc firmware pack --type kernel --time 0 -o " +
+                                image + " " + data + redirections;
+    static_cast<void>(started_program{"/bin/sh", {"-c", command}}.wait());
+    return files::read(image);
+  };
+  const auto usual = pack("usual", "");
+  ASSERT_TRUE(usual.has_value());
+  EXPECT_EQ(pack("closed", " <&- >&- 2>&-"), usual);
 }

@@ -403,10 +403,9 @@ TEST(AllOrNothing, without_a_service_nothing_is_tried) {
   const ended batch = run_all_or_nothing("set A b 2\nget A b\n");
   EXPECT_EQ(batch.status, 1);
   EXPECT_EQ(batch.out, "");
-  EXPECT_EQ(
-      batch.err,
-      "cfc: batch: stdin: 230 CFC_ERR_NO_SEM: there is no access lock: config-center does not "
-      "run; nothing was changed\n");
+  EXPECT_EQ(batch.err,
+            "cfc: batch: stdin: 230 CFC_ERR_NO_SEM: the access lock does not exist: "
+            "config-center is not running; nothing was changed\n");
 }
 
 TEST(AllOrNothing, a_text_that_cannot_be_read_to_its_end_changes_nothing) {

@@ -121,11 +121,10 @@ TEST(GetVerb, a_stored_text_of_another_type_is_refused_with_the_types_rule) {
   const auto complaint = [](const char* key, const char* type) {
     return complaint_of({"get", "A", key, "--type", type}, 1);
   };
-  EXPECT_EQ(
-      complaint("big", "u8"),
-      "cfc: get section \"A\" key \"big\": 205 CFC_ERR_BAD_VALUE: a text of the wrong form, or "
-      "out of range; the stored value is not of type u8, which is a number from 0 to 255, "
-      "decimal or hexadecimal after 0x\n");
+  EXPECT_EQ(complaint("big", "u8"),
+            "cfc: get section \"A\" key \"big\": 205 CFC_ERR_BAD_VALUE: the value is malformed or "
+            "out of range; the stored value is not of type u8, which is a number from 0 to 255, "
+            "decimal or hexadecimal after 0x\n");
   EXPECT_THAT(complaint("word", "u16"), HasSubstr("210 CFC_ERR_BAD_DIGIT"));
   EXPECT_THAT(complaint("wrap", "u32"), HasSubstr("211 CFC_ERR_OVERFLOW"));
   EXPECT_THAT(complaint("long", "u32"), HasSubstr("212 CFC_ERR_NO_ROOM"));
@@ -224,7 +223,7 @@ TEST(SetVerb, what_the_service_refuses_is_told_as_its_refusal) {
             "cfc: set section \"A\" key \"b\": 204 CFC_ERR_BAD_ARGUMENT: the service refused "
             "section, key or value\n");
   EXPECT_THAT(complaint_of({"set", "A", "b", "x"}, 1), HasSubstr("208 CFC_ERR_BUSY"));
-  EXPECT_THAT(complaint_of({"set", "A", "b", "x"}, 1), HasSubstr("250: the service answered"));
+  EXPECT_THAT(complaint_of({"set", "A", "b", "x"}, 1), HasSubstr("250: unknown result code"));
   EXPECT_THAT(complaint_of({"set", "A", "b", "x"}, 3), HasSubstr("209 CFC_ERR_NO_SECTION"));
 }
 
@@ -248,7 +247,7 @@ TEST(StoreVerbs, their_failures_are_named) {
   EXPECT_THAT(complaint_of({"flush"}, 1), testing::StartsWith("cfc: flush: 222 CFC_ERR_FLASH_W: "));
   EXPECT_THAT(complaint_of({"defaults"}, 1), HasSubstr("cfc: defaults: 206 CFC_ERR_NO_FILE: "));
   EXPECT_EQ(complaint_of({"register", "X"}, 1),
-            "cfc: register section \"X\": 12 CFC_ERR_NO_MEMORY: there is no memory left\n");
+            "cfc: register section \"X\": 12 CFC_ERR_NO_MEMORY: out of memory\n");
 }
 
 // ---- no service, or a broken one ----------------------------------------------------------------
@@ -263,8 +262,8 @@ TEST(WithoutAService, every_verb_ends_in_1_and_says_that_none_runs) {
                                {"flush"},
                                {"defaults"}}) {
     EXPECT_THAT(complaint_of(command, 1),
-                EndsWith(": 230 CFC_ERR_NO_SEM: there is no access lock: config-center does not "
-                         "run\n"));
+                EndsWith(": 230 CFC_ERR_NO_SEM: the access lock does not exist: "
+                         "config-center is not running\n"));
   }
 }
 
@@ -272,8 +271,8 @@ TEST(WithoutAService, a_missing_queue_is_told_apart) {
   request_queue queue;
   queue.remove_queue();
   EXPECT_THAT(complaint_of({"get", "A", "b"}, 1),
-              EndsWith(": 231 CFC_ERR_NO_MSQ: there is no request queue: config-center does not "
-                       "run\n"));
+              EndsWith(": 231 CFC_ERR_NO_MSQ: the request queue does not exist: "
+                       "config-center is not running\n"));
 }
 
 TEST(BrokenService, a_reply_that_is_too_long_is_an_errno_in_words) {
