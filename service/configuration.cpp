@@ -1,5 +1,6 @@
 #include "service/configuration.h"
 
+#include <proreflax/result_text.h>
 #include <proreflax/store.h>
 
 #include "service/factory_settings.h"
@@ -23,11 +24,9 @@ void check_save_of_factory_settings(unsigned children_before) {
 }
 
 void log_missing_configuration(std::uint32_t result) {
-  log_line(log_level::error, "no configuration: flash has none, and %s gives result %u%s",
-           factory_file, result,
-           result == CFC_ERR_NO_FILE     ? " (cannot be opened)"
-           : result == CFC_ERR_BAD_VALUE ? " (malformed; cfc check reports where)"
-                                         : "");
+  log_line(log_level::error, "no configuration: flash has none, and %s: %s (%u %s)%s", factory_file,
+           cfc_result_text(result), result, cfc_result_name(result),
+           result == CFC_ERR_BAD_VALUE ? "; cfc check reports where" : "");
 }
 
 }  // namespace
@@ -92,8 +91,8 @@ bool configuration::save_at_end() {
   }
   const std::uint32_t result = flush();
   if (result != CFC_OK) {
-    log_line(log_level::error, "what was set could not be saved: flush at the end: result %u",
-             result);
+    log_line(log_level::error, "what was set could not be saved: %s (%u %s)",
+             cfc_result_text(result), result, cfc_result_name(result));
   }
   return result == CFC_OK;
 }

@@ -2,6 +2,7 @@
 //
 // Owns the store and answers every program of the device, one request at a time. Runs in the
 // foreground; SIGTERM, SIGINT, SIGQUIT and SIGHUP end it: what was set is flushed, lock and queue are removed.
+#include <proreflax/result_text.h>
 #include <proreflax/store.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -76,8 +77,8 @@ void execute(effect before, service& self, reply* answer) {
   }
   const std::uint32_t result = before == effect::flush ? self.served.flush() : self.served.reset();
   set_result(*answer, result);
-  log_line(result == CFC_OK ? log_level::info : log_level::error, "%s: result %u", name_of(before),
-           result);
+  log_line(result == CFC_OK ? log_level::info : log_level::error, "%s: %s (%u %s)", name_of(before),
+           cfc_result_text(result), result, cfc_result_name(result));
   self.state.write_status(self.served);
 }
 

@@ -38,6 +38,8 @@ class export_handler {
   std::vector<set_request> sets;
   std::string failure;
 
+  // The names are the reader's.
+  // NOLINTBEGIN(readability-identifier-naming)
   bool Null() { return refuse(); }
   bool Bool(bool /*value*/) { return refuse(); }
   bool Int(int /*value*/) { return refuse(); }
@@ -82,6 +84,7 @@ class export_handler {
 
   bool StartArray() { return refuse(); }
   bool EndArray(size /*elements*/) { return refuse(); }
+  // NOLINTEND(readability-identifier-naming)
 
  private:
   static constexpr int entries_depth = 2;

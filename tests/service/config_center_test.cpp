@@ -62,7 +62,10 @@ TEST_F(ConfigCenter, exits_1_when_the_flush_at_the_end_fails) {
   ASSERT_EQ(__cfc_set_u8(0, "LAN", "ConnType", 2), 0U);
   device_root::install_flash_script("exit 1");
   EXPECT_EQ(service.end(), 1);
-  EXPECT_NE(service.log().find("flush at the end: result 222"), std::string::npos) << service.log();
+  EXPECT_NE(service.log().find(
+                "could not be saved: the flash tool failed to write (222 CFC_ERR_FLASH_W)"),
+            std::string::npos)
+      << service.log();
   EXPECT_FALSE(has_lock_or_queue());
 }
 
@@ -88,7 +91,7 @@ TEST_F(ConfigCenter, does_not_start_without_a_configuration_and_leaves_nothing_b
   device_root::write("/etc/config-file.ini", "no section\n");
   service_process service;
   EXPECT_EQ(service.status(), 1);
-  EXPECT_NE(service.log().find("result 205"), std::string::npos) << service.log();
+  EXPECT_NE(service.log().find("(205 CFC_ERR_BAD_VALUE)"), std::string::npos) << service.log();
   EXPECT_FALSE(has_lock_or_queue());
 }
 

@@ -147,12 +147,13 @@ TEST_F(Configuration, served_from_memory_needs_a_factory_file) {
     device_root::write("/etc/config-file.ini", text);
     service_process service;
     EXPECT_EQ(service.status(), 1) << text;
-    EXPECT_THAT(service.log(), HasSubstr("result 205")) << text;
+    EXPECT_THAT(service.log(), HasSubstr("is malformed or out of range (205 CFC_ERR_BAD_VALUE)"))
+        << text;
   }
   unlink(device_root::path("/etc/config-file.ini").c_str());
   service_process service;
   EXPECT_EQ(service.status(), 1);
-  EXPECT_THAT(service.log(), HasSubstr("result 206"));
+  EXPECT_THAT(service.log(), HasSubstr("(206 CFC_ERR_NO_FILE)"));
 }
 
 TEST_F(Configuration, served_from_memory_is_all_of_the_factory_file_in_its_order) {

@@ -31,7 +31,7 @@ std::string show_value(const lock_status& lock) {
              : "raised to " + std::to_string(lock.value) + ", so that it excludes nobody";
 }
 
-void write(json_writer& json, const service_status& service) {
+void write_json(json_writer& json, const service_status& service) {
   json.begin_object();
   if (service.state == service_status::life::alive) {
     json.flag_member("alive", true);
@@ -45,7 +45,7 @@ void write(json_writer& json, const service_status& service) {
   json.end_object();
 }
 
-void write(json_writer& json, const lock_status& lock) {
+void write_json(json_writer& json, const lock_status& lock) {
   json.begin_object();
   json.flag_member("present", lock.present);
   if (lock.present && lock.error == 0) {
@@ -62,7 +62,7 @@ void write(json_writer& json, const lock_status& lock) {
   json.end_object();
 }
 
-void write(json_writer& json, const queue_status& queue) {
+void write_json(json_writer& json, const queue_status& queue) {
   json.begin_object();
   json.flag_member("present", queue.present);
   if (queue.present && queue.error == 0) {
@@ -72,7 +72,7 @@ void write(json_writer& json, const queue_status& queue) {
   json.end_object();
 }
 
-void write(json_writer& json, const served_status& served) {
+void write_json(json_writer& json, const served_status& served) {
   json.begin_object();
   json.member("source", served.from_flash ? "flash" : "factory");
   json.flag_member("flash_unreadable", served.flash_unreadable);
@@ -126,12 +126,12 @@ std::string show_queue(const queue_status& queue) {
 std::string json_of(const status_report& report) {
   json_writer json;
   json.begin_object();
-  write(json.key("service"), report.service);
+  write_json(json.key("service"), report.service);
   if (report.served.known) {
-    write(json.key("configuration"), report.served);
+    write_json(json.key("configuration"), report.served);
   }
-  write(json.key("lock"), report.lock);
-  write(json.key("queue"), report.queue);
+  write_json(json.key("lock"), report.lock);
+  write_json(json.key("queue"), report.queue);
   write_code(json, report.code(), report.sentence());
   json.end_object();
   return json.take();

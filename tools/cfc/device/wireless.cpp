@@ -104,7 +104,7 @@ void print(const wireless_channel_report& report, output& out) {
   table.print(out);
 }
 
-void write(json_writer& json, const std::string& text) {
+void write_json(json_writer& json, const std::string& text) {
   if (text.empty()) {
     json.null();
   } else {
@@ -112,7 +112,7 @@ void write(json_writer& json, const std::string& text) {
   }
 }
 
-void write(json_writer& json, const std::optional<std::uint32_t>& counter) {
+void write_json(json_writer& json, const std::optional<std::uint32_t>& counter) {
   if (counter) {
     json.number(*counter);
   } else {
@@ -120,20 +120,20 @@ void write(json_writer& json, const std::optional<std::uint32_t>& counter) {
   }
 }
 
-void write(json_writer& json, const wireless_counts& counts) {
+void write_json(json_writer& json, const wireless_counts& counts) {
   json.begin_object();
-  write(json.key("unicast"), counts.unicast);
-  write(json.key("multicast"), counts.multicast);
-  write(json.key("dropped"), counts.dropped);
-  write(json.key("failed"), counts.failed);
+  write_json(json.key("unicast"), counts.unicast);
+  write_json(json.key("multicast"), counts.multicast);
+  write_json(json.key("dropped"), counts.dropped);
+  write_json(json.key("failed"), counts.failed);
   json.end_object();
 }
 
 void write_members(json_writer& json, const wireless_status_report& report) {
-  write(json.key("interface"), report.interface);
-  write(json.key("mac"), report.mac_address);
-  write(json.key("received"), report.received);
-  write(json.key("sent"), report.sent);
+  write_json(json.key("interface"), report.interface);
+  write_json(json.key("mac"), report.mac_address);
+  write_json(json.key("received"), report.received);
+  write_json(json.key("sent"), report.sent);
 }
 
 void write_members(json_writer& json, const wireless_event_report& report) {

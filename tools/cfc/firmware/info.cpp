@@ -85,7 +85,7 @@ void print(const image_view& image, const std::optional<image_fault>& fault, out
 
 // ---- As JSON ------------------------------------------------------------------------------------
 
-void write(json_writer& json, const image_checksum& checksum) {
+void write_json(json_writer& json, const image_checksum& checksum) {
   json.begin_object();
   json.number_member("expected", checksum.expected);
   if (checksum.found) {
@@ -98,7 +98,7 @@ void write(json_writer& json, const image_checksum& checksum) {
   json.end_object();
 }
 
-void write(json_writer& json, std::uint8_t number, std::string_view name) {
+void write_json(json_writer& json, std::uint8_t number, std::string_view name) {
   json.begin_object();
   json.number_member("number", number);
   json.member("name", name);
@@ -118,19 +118,19 @@ void write_header(json_writer& json, const image_view& image) {
   json.number_member("load_address", word(header_word::load_address));
   json.number_member("entry_point", word(header_word::entry_point));
   const std::uint8_t system = byte(header_byte::operating_system);
-  write(json.key("system"), system, operating_system_name(system));
+  write_json(json.key("system"), system, operating_system_name(system));
   const std::uint8_t processor = byte(header_byte::architecture);
-  write(json.key("processor"), processor, architecture_name(processor));
+  write_json(json.key("processor"), processor, architecture_name(processor));
   const std::uint8_t type = byte(header_byte::type);
-  write(json.key("type"), type, image_type_name(type));
+  write_json(json.key("type"), type, image_type_name(type));
   const std::uint8_t compression = byte(header_byte::compression);
-  write(json.key("compression"), compression, compression_name(compression));
-  write(json.key("header_crc"), image.header_checksum());
-  write(json.key("data_crc"), image.data_checksum());
+  write_json(json.key("compression"), compression, compression_name(compression));
+  write_json(json.key("header_crc"), image.header_checksum());
+  write_json(json.key("data_crc"), image.data_checksum());
 }
 
 /// What has no header has a size alone.
-void write(json_writer& json, const image_view& image) {
+void write_json(json_writer& json, const image_view& image) {
   json.begin_object();
   if (!image.place.empty()) {
     json.member("place", image.place);
@@ -142,7 +142,7 @@ void write(json_writer& json, const image_view& image) {
   if (!image.parts.empty()) {
     json.key("parts").begin_array();
     for (const image_view& part : image.parts) {
-      write(json, part);
+      write_json(json, part);
     }
     json.end_array();
   }
@@ -170,7 +170,7 @@ std::string json_of(const std::string& file, const image_view& image,
   json_writer json;
   json.begin_object();
   json.member("file", file);
-  write(json.key("image"), image);
+  write_json(json.key("image"), image);
   write_code(json, fault ? fault->code : std::uint32_t{CFC_OK},
              fault ? fault->sentence() : std::string{});
   if (fault && !fault->image->place.empty()) {

@@ -37,7 +37,7 @@ void complain(const check_report& report, output& out) {
   }
 }
 
-void write(json_writer& json, const ini_fault& fault) {
+void write_json(json_writer& json, const ini_fault& fault) {
   json.begin_object();
   if (fault.line != 0) {
     json.number_member("line", static_cast<std::int64_t>(fault.line));
@@ -56,7 +56,7 @@ std::string json_of(const check_report& report) {
   json.flag_member("accepted", report.accepted());
   json.key("faults").begin_array();
   for (const ini_fault& each : report.faults) {
-    write(json, each);
+    write_json(json, each);
   }
   json.end_array();
   if (!report.failure.empty()) {

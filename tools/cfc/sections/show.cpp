@@ -103,7 +103,7 @@ void describe(const listed_section& section, output& out) {
   }
 }
 
-void write(json_writer& json, const section_entry& entry, bool secrets) {
+void write_json(json_writer& json, const section_entry& entry, bool secrets) {
   json.begin_object();
   json.member("key", entry.key.name());
   json.member("type", name_of(kind_of(entry.key.which)));
@@ -122,7 +122,7 @@ void write(json_writer& json, const section_entry& entry, bool secrets) {
   json.end_object();
 }
 
-void write(json_writer& json, const field& which) {
+void write_json(json_writer& json, const field& which) {
   json.begin_object();
   json.member("name", which.name);
   json.member("type", name_of(kind_of(which)));
@@ -146,7 +146,7 @@ std::string json_of(const section_values& values, bool secrets) {
   json.member("section", values.name());
   json.key("entries").begin_array();
   for (const section_entry& each : values.entries) {
-    write(json, each, secrets);
+    write_json(json, each, secrets);
   }
   json.end_array();
   json.end_object();
@@ -159,7 +159,7 @@ std::string json_of(const listed_section& section) {
   json.member("section", section.table.name());
   json.key("fields").begin_array();
   for (const field& each : section.table) {
-    write(json, each);
+    write_json(json, each);
   }
   json.end_array();
   json.end_object();
