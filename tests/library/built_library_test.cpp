@@ -1,5 +1,5 @@
 // The shared library as it was built, both the one that ships and the device's: what it exports,
-// what it needs, and what runs when it is loaded.
+// what it needs, and what runs when it is loaded. And what the service needs.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -154,6 +154,15 @@ TEST_P(BuiltLibrary, needs_the_c_library_alone) {
     GTEST_SKIP() << "the sanitizers bring libraries of their own";
   }
   EXPECT_THAT(matches(readelf("-d"), R"(\(NEEDED\).*\[(.*)\])"), testing::ElementsAre("libc.so.6"));
+}
+
+TEST(BuiltService, needs_this_library_and_the_c_library_alone) {
+  if (PROREFLAX_SANITIZED) {
+    GTEST_SKIP() << "the sanitizers bring libraries of their own";
+  }
+  EXPECT_THAT(matches(output_of(PROREFLAX_READELF " -d '" PROREFLAX_SERVICE "'"),
+                      R"(\(NEEDED\).*\[(.*)\])"),
+              testing::ElementsAre("proreflax.so.0", "libc.so.6"));
 }
 
 TEST_P(BuiltLibrary, calls_nothing_but_the_c_library) {
