@@ -1,7 +1,7 @@
 // The service's end of lock and queue.
 //
 // Replies travel on one queue with the requests, each under its client's process id. A client that
-// was killed, or gave up on a signal, leaves its reply behind; and anyone who may write to the queue
+// was killed, or gave up on a signal, leaves its reply on the queue; and anyone who may write to it
 // may flood it. Four rules keep an honest client safe from both:
 //
 //  1. A reply is dropped when its client has a newer request on the queue: it no longer waits for

@@ -59,7 +59,7 @@ std::string subject_of(const request& asked);
 /// What the rules alone refuse, without asking the service.
 answer screen(const request& asked);
 
-/// Screens, then asks, unless the service was killed: the library would wait for ever. `defaults`
+/// Validates, then asks, unless the service was killed: the library would never return. `defaults`
 /// takes the lock itself and must not be carried out with it held.
 answer carry_out(const request& asked, lock_flag lock);
 

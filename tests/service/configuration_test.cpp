@@ -1,4 +1,4 @@
-// What becomes of the saved configuration when the flash tool, or whoever signals it, misbehaves.
+// What happens to the saved configuration when the flash tool fails, or signals reach it.
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-// What a service inherits from whoever starts it, and what goes on around it.
+// What a service inherits from the process that starts it, and what happens around it.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <linux/filter.h>
