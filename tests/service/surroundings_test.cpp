@@ -131,6 +131,7 @@ TEST_F(Surroundings, a_log_that_nobody_reads_stops_nothing_and_what_it_lost_is_c
   close(full_pipe[1]);
 }
 
+#if defined(__x86_64__)
 namespace {
 
 /// Has a system call fail in this process and those that it becomes.
@@ -149,7 +150,6 @@ void forbid(unsigned number, unsigned other, int error) {
 
 }  // namespace
 
-#if defined(__x86_64__)
 TEST_F(Surroundings, a_refusal_to_start_names_the_call_and_the_error) {
   const struct {
     void (*before)();

@@ -17,6 +17,7 @@
 #include <cstdlib>
 
 #include "settings/message_text.h"
+#include "settings/nearest_name.h"
 #include "settings/typed_value.h"
 #include "tools/cfc/command_line/help.h"
 #include "tools/cfc/command_line/verbs.h"
@@ -343,9 +344,33 @@ std::string fault_of_options(const taken_line& line) {
   return {};
 }
 
+/// The word in a verb's place, and the verb that it is likely to be.
+std::string unknown_verb(const std::string& word, const verb_row& family) {
+  nearest_name nearest{word};
+  for (const verb_row& each : family.members) {
+    nearest.offer(each.name);
+  }
+  std::string fault = "unknown verb \"" + word + "\"";
+  if (!nearest.name().empty()) {
+    fault += "; did you mean ";
+    fault += nearest.name();
+    fault += "?";
+  }
+  return fault;
+}
+
 std::string first_missing(const taken_line& line) {
   if (!line.row->members.empty()) {
-    return "A subcommand is required";
+    // After "--" even a verb is not taken for one.
+    const auto is_verb = [&](const std::string& word) {
+      return std::ranges::any_of(line.row->members,
+                                 [&](const verb_row& each) { return word == each.name; });
+    };
+    const auto word = std::ranges::find_if(line.unexpected, [&](const std::string& each) {
+      return !each.starts_with('-') && !is_verb(each);
+    });
+    return word == line.unexpected.end() ? "A subcommand is required"
+                                         : unknown_verb(*word, *line.row);
   }
   for (const verb_option each : line.row->options) {
     if (row_of(each).required && !line.has(each)) {

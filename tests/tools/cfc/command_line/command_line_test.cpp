@@ -118,7 +118,13 @@ TEST(CommandLine, what_is_no_command_is_wrong_usage_and_says_why) {
   EXPECT_EQ(complaint_of({}), "A subcommand is required (see: cfc --help)");
   EXPECT_EQ(complaint_of({"get", "A"}), "get: KEY is required (see: cfc get --help)");
   EXPECT_EQ(complaint_of({"set", "A", "b"}), "set: VALUE is required (see: cfc set --help)");
-  EXPECT_THAT(complaint_of({"frob"}), HasSubstr("subcommand is required"));
+  EXPECT_EQ(complaint_of({"frobnicate"}), "unknown verb \"frobnicate\" (see: cfc --help)");
+  EXPECT_EQ(complaint_of({"gte", "LAN", "LanIPAddr"}),
+            "unknown verb \"gte\"; did you mean get? (see: cfc --help)");
+  EXPECT_EQ(complaint_of({"wireless", "stat"}),
+            "wireless: unknown verb \"stat\" (see: cfc wireless --help)");
+  EXPECT_EQ(complaint_of({"firmware", "wirte", "x"}),
+            "firmware: unknown verb \"wirte\"; did you mean write? (see: cfc firmware --help)");
   EXPECT_THAT(complaint_of({"get", "A", "b", "c"}), HasSubstr("not expected: c"));
   EXPECT_THAT(complaint_of({"set", "A", "b", "c", "d"}), HasSubstr("not expected: d"));
   EXPECT_THAT(complaint_of({"get", "A", "b", "--tpye=u8"}), HasSubstr("not expected: --tpye=u8"));
@@ -203,7 +209,7 @@ TEST(CommandLine, a_word_before_the_verb_is_not_expected_and_the_verb_is_found_a
             "flush: The following argument was not expected: frob (see: cfc flush --help)");
   EXPECT_EQ(complaint_of({"--", "flush"}), "A subcommand is required (see: cfc --help)");
   EXPECT_EQ(complaint_of({"wireless", "frob"}),
-            "wireless: A subcommand is required (see: cfc wireless --help)");
+            "wireless: unknown verb \"frob\" (see: cfc wireless --help)");
 }
 
 TEST(CommandLine, one_line_after_another_is_read_from_its_beginning) {

@@ -71,7 +71,7 @@ TEST(BatchLine, blank_lines_and_comments_are_none) {
 TEST(BatchLine, what_is_no_command_says_why) {
   EXPECT_EQ(fault_of("set A 'b c\n"), "a single quote is not closed");
   EXPECT_EQ(fault_of("set A b\n"), "set: VALUE is required (see: cfc set --help)");
-  EXPECT_THAT(fault_of("frob\n"), HasSubstr("subcommand is required"));
+  EXPECT_THAT(fault_of("frob\n"), HasSubstr("unknown verb \"frob\""));
   EXPECT_EQ(fault_of(std::string_view{"get A\0 b\n", 9}), "the line holds a NUL byte");
   EXPECT_EQ(fault_of("get A b --json\n"), "--json is an option of the batch as a whole");
   for (const char* text : {"batch x\n", "check x\n", "status\n", "--help\n", "get --help\n"}) {
