@@ -207,8 +207,7 @@ void request_channel::remember(long type) {
   if (unclaimed_.size() >= swept_size_ + left_between_sweeps) {
     remove_unclaimed();
   }
-  // Without memory the reply may be taken for a stranger's, if its client is slow to receive it.
-  static_cast<void>(unclaimed_.add(type));
+  some_unnoted_ = !unclaimed_.add(type) || some_unnoted_;
 }
 
 void request_channel::sweep() {
@@ -234,7 +233,8 @@ request_channel::taken request_channel::take_other_message(type_set* left) {
     return taken::none;
   }
   const long type = message.type;
-  if (!unclaimed_.holds(type) || left->holds(type) || !is_alive(type)) {
+  const bool may_be_a_reply = some_unnoted_ || unclaimed_.holds(type);
+  if (!may_be_a_reply || left->holds(type) || !is_alive(type)) {
     return taken::message;
   }
   if (left->add(type) && kept_.append(type, message.text, static_cast<std::size_t>(length))) {
@@ -264,6 +264,7 @@ void request_channel::remove_unclaimed() {
   }
   if (complete) {
     unclaimed_.swap(left);
+    some_unnoted_ = false;
   }
   swept_size_ = unclaimed_.size();
 }

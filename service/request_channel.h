@@ -92,7 +92,8 @@ class request_channel {
   std::size_t request_bytes_ = 0;
   std::size_t reply_bytes_ = 0;
 
-  type_set unclaimed_;  // types of replies that may still be on the queue
+  type_set unclaimed_;         // types of replies that may still be on the queue
+  bool some_unnoted_ = false;  // memory was short: there may be others
   std::size_t swept_size_ = 0;
   reply_list kept_;
 

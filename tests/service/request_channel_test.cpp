@@ -383,16 +383,45 @@ TEST_F(RequestChannel, requests_leave_a_quarter_of_the_queue_to_replies) {
   EXPECT_EQ(after.msg_qbytes, state.msg_qbytes) << "closed to requests again";
 }
 
+TEST_F(RequestChannel, a_quarter_of_what_the_system_grants_a_queue_is_closed_to_requests) {
+  msqid_ds usual{};
+  const int other = msgget(IPC_PRIVATE, 0600);
+  ASSERT_EQ(msgctl(other, IPC_STAT, &usual), 0);
+  ASSERT_EQ(msgctl(other, IPC_RMID, nullptr), 0);
+  open_channel();
+  msqid_ds state{};
+  ASSERT_EQ(msgctl(queue_id(), IPC_STAT, &state), 0);
+  EXPECT_EQ(state.msg_qbytes, usual.msg_qbytes - usual.msg_qbytes / 4);
+}
+
+TEST_F(RequestChannel, closes_its_quarter_again_after_a_reply_that_needed_it) {
+  open_channel();
+  msqid_ds state{};
+  ASSERT_EQ(msgctl(queue_id(), IPC_STAT, &state), 0);
+  const child client = bystander();
+  while (put(1, bytes(16, 'r'))) {
+  }
+  reply longest = reply_to(client.pid());
+  longest.length = reply_text_max;
+  ASSERT_TRUE(channel.send(longest));
+  msqid_ds after{};
+  ASSERT_EQ(msgctl(queue_id(), IPC_STAT, &after), 0);
+  EXPECT_GT(after.__msg_cbytes, state.msg_qbytes) << "it is in the quarter";
+  EXPECT_EQ(after.msg_qbytes, state.msg_qbytes);
+  EXPECT_FALSE(put(1, bytes(16, 'r')));
+  EXPECT_NE(take(client.pid() + 2), "");
+}
+
 namespace {
 
 /// Raises the limit of the queue to what the service itself may use, and fills all of it.
-void fill_to_the_last_byte() {
+void fill_to_the_last_byte(long type = 1) {
   msqid_ds state{};
   msgctl(queue_id(), IPC_STAT, &state);
   const auto for_requests = state.msg_qbytes;
   state.msg_qbytes = for_requests / 3 * 4;
   msgctl(queue_id(), IPC_SET, &state);
-  while (put(1, bytes(16, 'r'))) {
+  while (put(type, bytes(16, 'r'))) {
   }
   state.msg_qbytes = for_requests;
   msgctl(queue_id(), IPC_SET, &state);
@@ -415,6 +444,66 @@ TEST_F(RequestChannel, keeps_a_reply_that_finds_no_room_until_requests_were_take
   }
   EXPECT_GT(taken, 1);
   EXPECT_LT(taken, 200) << "sent as soon as enough requests were taken";
+}
+
+TEST_F(RequestChannel, makes_room_at_once_where_messages_that_are_nobodys_take_all_of_it) {
+  open_channel();
+  const child client = bystander();
+  fill_to_the_last_byte(5);
+  ASSERT_TRUE(channel.send(reply_to(client.pid())));
+  EXPECT_NE(take(client.pid() + 2), "");
+  EXPECT_EQ(waiting(), 0U);
+}
+
+TEST_F(RequestChannel, a_reply_that_finds_neither_room_nor_memory_is_reported) {
+  open_channel();
+  const child client = bystander();
+  ASSERT_TRUE(channel.send(reply_to(client.pid())));
+  ASSERT_NE(take(client.pid() + 2), "");
+  fill_to_the_last_byte();
+  reply longest = reply_to(client.pid());
+  longest.length = reply_text_max;
+  faults::fail(faults::call::malloc, 1, ENOMEM);
+  EXPECT_FALSE(channel.send(longest));
+  EXPECT_EQ(errno, ENOMEM);
+  EXPECT_TRUE(faults::happened());
+}
+
+TEST_F(RequestChannel, a_sweep_without_memory_keeps_the_replies_of_live_clients) {
+  const child client = bystander();
+  const child other = bystander();
+  // The set of types, the list of replies, once and again.
+  for (int nth = 1; nth <= 6; ++nth) {
+    open_channel();
+    ASSERT_TRUE(channel.send(reply_to(client.pid())));
+    ASSERT_TRUE(channel.send(reply_to(other.pid(), 201)));
+    faults::fail(faults::call::malloc, nth, ENOMEM);
+    channel.sweep();
+    faults::reset();
+    channel.sweep();
+    EXPECT_EQ(take(client.pid() + 2), std::string(reply_to(client.pid()).text, 16)) << nth;
+    EXPECT_EQ(take(other.pid() + 2), std::string(reply_to(other.pid(), 201).text, 16)) << nth;
+    EXPECT_EQ(waiting(), 0U) << nth;
+    channel.close();
+  }
+}
+
+TEST_F(RequestChannel, a_reply_sent_without_memory_is_not_taken_for_a_strangers) {
+  open_channel();
+  const child client = bystander();
+  const child other = bystander();
+  faults::fail(faults::call::malloc, 1, ENOMEM);
+  ASSERT_TRUE(channel.send(reply_to(client.pid())));
+  ASSERT_TRUE(faults::happened());
+  ASSERT_TRUE(channel.send(reply_to(other.pid())));
+  channel.sweep();
+  channel.sweep();
+  EXPECT_NE(take(client.pid() + 2), "");
+  EXPECT_NE(take(other.pid() + 2), "");
+  channel.sweep();
+  ASSERT_TRUE(put(client.pid() + 2, raw("not from the service")));
+  channel.sweep();
+  EXPECT_EQ(waiting(), 0U) << "memory suffices again, and strangers are known";
 }
 
 TEST_F(RequestChannel, sends_kept_replies_in_order) {
