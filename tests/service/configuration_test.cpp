@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/service/config_center.h"
+#include "tests/support/files.h"
 
 using testing::HasSubstr;
 using testing::Not;
@@ -58,6 +59,33 @@ TEST_F(Configuration, that_could_not_be_read_is_not_overwritten) {
     const service_process later;
     EXPECT_EQ(get("LAN", "ConnType"), "0x07") << failure;
     EXPECT_THAT(status(), HasSubstr("source=flash\nflash=ok\n"));
+  }
+}
+
+TEST_F(Configuration, is_read_once_as_a_second_read_might_fail) {
+  save_seven();
+  install_failing_read(
+      "reads=\"${0%/*}/../etc/reads\"; if [ -e \"$reads\" ]; then exit 1; fi; : >\"$reads\"; "
+      "exec \"${0%/*}/../programs/writeflash\" \"$@\"");
+  service_process service;
+  EXPECT_EQ(get("LAN", "ConnType"), "0x07");
+  EXPECT_THAT(status(), HasSubstr("source=flash\nflash=ok\n"));
+  EXPECT_FALSE(device_root::exists("/sbin/config-file.tmp"));
+  EXPECT_EQ(service.end(), 0) << service.log();
+  EXPECT_FALSE(device_root::exists("/etc/writes"));
+}
+
+TEST_F(Configuration, whose_copy_cannot_be_read_back_is_not_overwritten) {
+  for (const char* copying : {"exit 0", "rm -f \"$2\"; mkdir \"$2\"; exit 0"}) {
+    device_root::clear();
+    device_root::write("/etc/config-file.ini", factory);
+    install_failing_read(copying);
+    service_process service;
+    EXPECT_EQ(get("LAN", "ConnType"), "1");
+    EXPECT_THAT(status(), HasSubstr("source=factory\nflash=unreadable\n")) << copying;
+    EXPECT_THAT(service.log(), HasSubstr("/sbin/config-file.tmp cannot be loaded: result 206"));
+    EXPECT_EQ(service.end(), 0) << service.log();
+    EXPECT_FALSE(device_root::exists("/etc/writes")) << copying;
   }
 }
 
@@ -203,6 +231,27 @@ TEST_F(Configuration, reset_without_being_saved_is_saved_by_the_next_flush) {
   }
   const service_process later;
   EXPECT_EQ(get("LAN", "ConnType"), "1");
+}
+
+TEST_F(Configuration, saved_by_a_tool_that_was_stopped_for_a_while_counts_as_saved) {
+  const service_process service;
+  install_slow_flash_tool();
+  child client{[] { return static_cast<int>(cfc_to_default()); }};
+  ASSERT_TRUE(eventually([] { return device_root::exists("/etc/tool"); }));
+  const std::string tool = device_root::read("/etc/tool").value();
+  const auto tool_is = [&](const char* state) {
+    return eventually(
+        [&] { return files::text_of("/proc/" + tool + "/stat").find(state) != std::string::npos; });
+  };
+  service.freeze();
+  kill(std::stoi(tool), SIGSTOP);
+  ASSERT_TRUE(tool_is(") T "));
+  kill(std::stoi(tool), SIGCONT);
+  device_root::write("/etc/go", "");
+  ASSERT_TRUE(tool_is(") Z "));
+  service.thaw();
+  EXPECT_EQ(client.wait(), 0);
+  EXPECT_THAT(service.log(), Not(HasSubstr("could not be saved")));
 }
 
 TEST_F(Configuration, of_a_new_device_that_could_not_be_saved_is_saved_at_the_end) {
