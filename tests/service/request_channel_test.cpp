@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -163,6 +164,22 @@ TEST_F(RequestChannel, is_not_claimed_beside_a_live_service) {
   EXPECT_EQ(semctl(lock_id(), 0, GETVAL), 1);
 }
 
+TEST_F(RequestChannel, holds_what_it_takes_over_until_it_is_open) {
+  const shared<std::atomic<bool>> is_open;
+  child killed{[&] {
+    request_channel earlier;
+    *is_open = earlier.claim(allowed) == claimed::claimed && earlier.open(allowed);
+    return pause();
+  }};
+  ASSERT_TRUE(eventually([&] { return is_open->load(); }));
+  killed.kill_and_wait();
+  ASSERT_EQ(channel.claim(allowed), claimed::claimed);
+  EXPECT_EQ(semctl(lock_id(), 0, GETVAL), 0) << "clients wait until the service is ready";
+  EXPECT_EQ(queue_id(), -1) << "and wait no longer for replies of the killed one";
+  ASSERT_TRUE(channel.open(allowed));
+  EXPECT_EQ(semctl(lock_id(), 0, GETVAL), 1);
+}
+
 TEST_F(RequestChannel, is_claimed_by_one_of_many_that_start_at_once) {
   ASSERT_NE(semget(CFC_SEM_KEY, 2, IPC_CREAT | IPC_EXCL | 0600), -1) << "a left-over one";
   int results[2];
@@ -309,6 +326,16 @@ TEST_F(RequestChannel, a_sweep_removes_messages_that_are_nobodys) {
   channel.sweep();
   EXPECT_EQ(waiting(), 1U);
   EXPECT_EQ(take(1), "request");
+}
+
+TEST_F(RequestChannel, a_sweep_keeps_one_message_of_a_clients_type_and_that_is_the_reply) {
+  open_channel();
+  const child client = bystander();
+  ASSERT_TRUE(channel.send(reply_to(client.pid())));
+  ASSERT_TRUE(put(client.pid() + 2, raw("not from the service")));
+  channel.sweep();
+  EXPECT_EQ(take(client.pid() + 2), std::string(reply_to(client.pid()).text, 16));
+  EXPECT_EQ(waiting(), 0U);
 }
 
 TEST_F(RequestChannel, is_swept_soon_after_a_reply_was_left) {
