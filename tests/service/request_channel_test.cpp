@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -214,6 +215,33 @@ TEST_F(RequestChannel, removes_lock_and_queue_when_it_closes) {
   EXPECT_EQ(queue_id(), -1);
 }
 
+TEST_F(RequestChannel, sends_nothing_on_a_queue_that_is_gone) {
+  open_channel();
+  msgctl(queue_id(), IPC_RMID, nullptr);
+  EXPECT_FALSE(channel.send(reply_to(getpid())));
+  EXPECT_TRUE(errno == EINVAL || errno == EIDRM) << errno;
+}
+
+TEST_F(RequestChannel, removes_the_queue_before_those_who_wait_for_the_lock_come_through) {
+  open_channel();
+  const child inside{[] {
+    sembuf take_lock{lock_semaphore, -1, SEM_UNDO};
+    semop(lock_id(), &take_lock, 1);
+    while (queue_id() != -1) {
+      usleep(1000);
+    }
+    return 0;
+  }};
+  ASSERT_TRUE(eventually([] { return semctl(lock_id(), lock_semaphore, GETVAL) == 0; }));
+  child waits{[] {
+    sembuf take_lock{lock_semaphore, -1, SEM_UNDO};
+    return semop(lock_id(), &take_lock, 1) == 0 && queue_id() == -1 ? 0 : 1;
+  }};
+  ASSERT_TRUE(eventually([] { return semctl(lock_id(), lock_semaphore, GETNCNT) == 1; }));
+  channel.close();
+  EXPECT_EQ(waits.wait(), 0);
+}
+
 TEST_F(RequestChannel, takes_requests_in_order_and_no_other_messages) {
   open_channel();
   ASSERT_TRUE(put(77, raw("not a request")));
@@ -297,9 +325,14 @@ TEST_F(RequestChannel, a_sweep_beside_waiting_requests_keeps_the_replies_of_live
     ASSERT_TRUE(put(1, raw("request")));
   }
   channel.sweep();
-  EXPECT_EQ(waiting(), 7U);
   EXPECT_NE(take(first.pid() + 2), "");
   EXPECT_NE(take(second.pid() + 2), "");
+  incoming request;
+  for (int i = 0; i < 5; ++i) {
+    ASSERT_EQ(channel.next(&request), waited::request);
+    EXPECT_EQ(std::string(request.text, request.length), "request");
+  }
+  EXPECT_EQ(waiting(), 0U);
 }
 
 TEST_F(RequestChannel, a_sweep_keeps_a_reply_whose_room_is_taken_meanwhile) {
@@ -471,6 +504,55 @@ TEST_F(RequestChannel, keeps_a_reply_that_finds_no_room_until_requests_were_take
   }
   EXPECT_GT(taken, 1);
   EXPECT_LT(taken, 200) << "sent as soon as enough requests were taken";
+}
+
+TEST_F(RequestChannel, drops_a_kept_reply_whose_client_has_asked_again) {
+  open_channel();
+  const child client = bystander();
+  fill_to_the_last_byte();
+  reply longest = reply_to(client.pid());
+  longest.length = reply_text_max;
+  ASSERT_TRUE(channel.send(longest));
+  while (!take(1).empty()) {
+  }
+  ASSERT_TRUE(put(1, request_of(client.pid())));
+  incoming request;
+  do {
+    ASSERT_EQ(channel.next(&request), waited::request);
+    EXPECT_EQ(take(client.pid() + 2), "") << "it would be taken for the reply to the newer request";
+  } while (std::memcmp(request.text, longest.text, sizeof(std::int32_t)) != 0);
+}
+
+TEST_F(RequestChannel, a_sweep_drops_a_reply_whose_client_has_asked_again) {
+  open_channel();
+  const child client = bystander();
+  ASSERT_TRUE(channel.send(reply_to(client.pid(), 209)));
+  ASSERT_TRUE(put(1, request_of(client.pid())));
+  channel.sweep();
+  EXPECT_EQ(take(client.pid() + 2), "");
+}
+
+TEST_F(RequestChannel, keeps_a_reply_for_which_the_kernel_lacks_memory) {
+  open_channel();
+  const child client = bystander();
+  faults::fail(faults::call::msgsnd, 1, ENOMEM);
+  ASSERT_TRUE(channel.send(reply_to(client.pid(), 209)));
+  ASSERT_TRUE(faults::happened());
+  channel.sweep();
+  EXPECT_EQ(take(client.pid() + 2), std::string(reply_to(client.pid(), 209).text, 16));
+}
+
+TEST_F(RequestChannel, drops_a_kept_reply_when_it_takes_its_clients_next_request) {
+  open_channel();
+  const child client = bystander();
+  ASSERT_TRUE(channel.send(reply_to(client.pid(), 209)));
+  faults::fail(faults::call::msgsnd, 1, ENOMEM);
+  channel.sweep();
+  ASSERT_EQ(waiting(), 0U) << "the reply is in memory";
+  ASSERT_TRUE(put(1, request_of(client.pid())));
+  incoming request;
+  ASSERT_EQ(channel.next(&request), waited::request);
+  EXPECT_EQ(take(client.pid() + 2), "");
 }
 
 TEST_F(RequestChannel, makes_room_at_once_where_messages_that_are_nobodys_take_all_of_it) {
