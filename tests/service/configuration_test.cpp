@@ -139,6 +139,20 @@ TEST_F(Configuration, replaces_an_unreadable_one_by_a_reset_to_defaults) {
   EXPECT_EQ(get("LAN", "ConnType"), "1");
 }
 
+TEST_F(Configuration, stays_unreadable_until_it_really_was_replaced) {
+  save_seven();
+  device_root::install_flash_script("exit 1");
+  service_process service;
+  ASSERT_EQ(cfc_flush_all_nosem(), 0U) << "nothing to save";
+  EXPECT_THAT(status(), HasSubstr("flash=unreadable\n"));
+  ASSERT_EQ(__cfc_set_u8(0, "LAN", "ConnType", 9), 0U);
+  ASSERT_EQ(cfc_flush_all_nosem(), 222U);
+  EXPECT_THAT(status(), HasSubstr("flash=unreadable\n"));
+  ASSERT_EQ(cfc_to_default(), 0U);
+  EXPECT_THAT(status(), HasSubstr("flash=unreadable\n"));
+  EXPECT_EQ(service.end(), 1);
+}
+
 TEST_F(Configuration, of_a_new_device_is_saved_at_the_first_start) {
   install_failing_read("exit 3");
   service_process service;
@@ -288,6 +302,27 @@ TEST_F(Configuration, is_saved_though_every_stop_signal_reaches_the_flash_tool_a
     EXPECT_EQ(get("LAN", "ConnType"),
               (signal < 16 ? "0x0" : "0x") + std::string{"0123456789abcdef"[signal % 16]})
         << signal;
+  }
+}
+
+TEST_F(Configuration, that_a_client_saves_is_saved_though_a_stop_signal_reaches_the_flash_tool) {
+  for (const auto save : {cfc_flush_all_nosem, cfc_to_default}) {
+    device_root::install_flash_tool();
+    unlink(device_root::path("/etc/go").c_str());
+    unlink(device_root::path("/etc/tool").c_str());
+    service_process service;
+    ASSERT_EQ(__cfc_set_u8(0, "LAN", "ConnType", 7), 0U);
+    install_slow_flash_tool();
+    child client{[save] { return static_cast<int>(save()); }};
+    ASSERT_TRUE(eventually([] { return device_root::exists("/etc/tool"); }));
+    kill(std::stoi(device_root::read("/etc/tool").value()), SIGINT);
+    device_root::write("/etc/go", "");
+    EXPECT_EQ(client.wait(), 0);
+    EXPECT_THAT(service.log(), Not(HasSubstr("could not be saved")));
+    service.end(SIGKILL);
+    device_root::install_flash_tool();
+    const service_process later;
+    EXPECT_EQ(get("LAN", "ConnType"), save == cfc_flush_all_nosem ? "0x07" : "1");
   }
 }
 

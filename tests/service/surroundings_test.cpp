@@ -251,6 +251,18 @@ TEST_F(Surroundings, a_refusal_to_start_names_the_call_and_the_error) {
     semctl(semget(proreflax::CFC_SEM_KEY, 0, 0), 0, IPC_RMID);
   }
 }
+
+TEST_F(Surroundings, a_save_for_which_there_is_no_process_is_tried_again) {
+  service_process service{{}, [] { forbid(SYS_clone, SYS_clone3, EAGAIN); }};
+  EXPECT_THAT(service.log(), HasSubstr("-r could not be run: Resource temporarily unavailable"));
+  ASSERT_EQ(__cfc_set_u8(0, "LAN", "ConnType", 7), 0U);
+  EXPECT_EQ(cfc_flush_all_nosem(), 218U);
+  EXPECT_EQ(cfc_flush_all_nosem(), 218U) << "nothing is forgotten";
+  EXPECT_EQ(cfc_to_default(), 0U);
+  EXPECT_THAT(service.log(), HasSubstr("the factory settings could not be saved"));
+  EXPECT_EQ(cfc_flush_all_nosem(), 218U);
+  EXPECT_EQ(service.end(), 1);
+}
 #endif
 
 TEST_F(Surroundings, a_flood_of_requests_costs_no_honest_client_its_reply) {
