@@ -326,6 +326,31 @@ TEST_F(Configuration, that_a_client_saves_is_saved_though_a_stop_signal_reaches_
   }
 }
 
+TEST_F(Configuration, of_a_new_device_is_saved_though_a_stop_signal_reaches_the_flash_tool) {
+  device_root::install_flash_script("if [ \"$1\" = -r ]; then exit 3; fi\nexec '" +
+                                    std::string{SLOW_FLASH_TOOL} + "' \"$@\"");
+  const child console{[] {
+    if (!eventually([] { return device_root::exists("/etc/tool"); })) {
+      return 1;
+    }
+    kill(std::stoi(device_root::read("/etc/tool").value()), SIGUSR1);
+    device_root::write("/etc/go", "");
+    return 0;
+  }};
+  service_process service;
+  EXPECT_THAT(service.log(), Not(HasSubstr("could not be saved")));
+  EXPECT_EQ(get("LAN", "ConnType"), "1");
+  EXPECT_EQ(service.end(), 0);
+}
+
+TEST_F(Configuration, that_was_reset_comes_from_the_factory_file) {
+  save_seven();
+  const service_process service;
+  EXPECT_THAT(status(), HasSubstr("source=flash\n"));
+  ASSERT_EQ(cfc_to_default(), 0U);
+  EXPECT_THAT(status(), HasSubstr("source=factory\n"));
+}
+
 TEST_F(Configuration, status_is_for_everyone_to_read_and_gone_after_a_stop) {
   service_process service;
   struct stat about {};
