@@ -22,8 +22,8 @@ const char* name_of(log_level level) {
   return level_names[static_cast<std::size_t>(level)];
 }
 
-/// One write, so that lines of several processes do not mix. False when there is no room; a log that
-/// cannot be written at all is no reason to count. A terminal may take a part of the line: that
+/// One write, so that lines of several processes do not mix. False when there is no room; a log
+/// that cannot be written at all is no reason to count. A terminal may take a part of the line: that
 /// counts as dropped, and the next line starts on its own.
 bool write_line(log_level level, const char* text) {
   char line[440];
