@@ -43,6 +43,12 @@ access_lock::attempt access_lock::failure(const char* call) {
   return attempt::failed;
 }
 
+/// Another attempt may succeed. Should none, this call is the one to report.
+access_lock::attempt access_lock::repeat(const char* call) {
+  failed_call_ = call;
+  return attempt::again;
+}
+
 /// Raises the marker from 0. The lock of a fresh set is 0 and nobody's: it becomes the service's, and
 /// the kernel raises it to 1 should the service be killed before it is ready.
 access_lock::attempt access_lock::raise_marker(bool fresh) {
@@ -57,9 +63,9 @@ access_lock::attempt access_lock::raise_marker(bool fresh) {
     return attempt::done;
   }
   if (errno == EAGAIN) {
-    return semctl(id_, marker_semaphore, GETVAL) > 0 ? attempt::live_service : attempt::again;
+    return semctl(id_, marker_semaphore, GETVAL) > 0 ? attempt::live_service : repeat("semop");
   }
-  return has_vanished(errno) || errno == EINTR ? attempt::again : failure("semop");
+  return has_vanished(errno) || errno == EINTR ? repeat("semop") : failure("semop");
 }
 
 bool access_lock::set_owner(const permissions& allowed) {
@@ -85,11 +91,11 @@ void access_lock::lower_to_one() const {
 access_lock::attempt access_lock::take(const permissions& allowed) {
   semid_ds state{};
   if (semctl(id_, 0, IPC_STAT, semaphore_argument{.state = &state}) != 0) {
-    return has_vanished(errno) ? attempt::again : failure("semctl");
+    return has_vanished(errno) ? repeat("semctl") : failure("semctl");
   }
   if (state.sem_nsems != semaphores) {
     // Without a marker it is no service's, and cannot become one's.
-    return semctl(id_, 0, IPC_RMID) == 0 || has_vanished(errno) ? attempt::again
+    return semctl(id_, 0, IPC_RMID) == 0 || has_vanished(errno) ? repeat("semctl")
                                                                 : failure("semctl");
   }
   // No operation ever succeeded on a fresh set, also one whose creator was killed at once.
@@ -109,13 +115,14 @@ access_lock::attempt access_lock::create_or_find(const permissions& allowed) {
   if (id_ == -1 && errno == EEXIST) {
     id_ = semget(CFC_SEM_KEY, 0, 0);
     if (id_ == -1 && has_vanished(errno)) {
-      return attempt::again;
+      return repeat("semget");
     }
   }
   return id_ == -1 ? failure("semget") : take(allowed);
 }
 
 access_lock::claim_result access_lock::claim(const permissions& allowed) {
+  int error = 0;
   for (int i = 0; i < claim_attempts; ++i) {
     switch (create_or_find(allowed)) {
       case attempt::done:
@@ -125,10 +132,12 @@ access_lock::claim_result access_lock::claim(const permissions& allowed) {
       case attempt::failed:
         return claim_result::failed;
       case attempt::again:
+        error = errno;
         sleep_1_ms();
     }
   }
-  return claim_result::live_service;
+  errno = error;
+  return claim_result::failed;
 }
 
 void access_lock::hold() {

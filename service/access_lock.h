@@ -47,6 +47,7 @@ class access_lock {
   attempt take(const permissions& allowed);
   attempt raise_marker(bool fresh);
   attempt failure(const char* call);
+  attempt repeat(const char* call);
   bool set_owner(const permissions& allowed);
   void lower_to_one() const;
   bool nobody_waits();

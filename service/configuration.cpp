@@ -2,6 +2,7 @@
 
 #include <proreflax/result_text.h>
 #include <proreflax/store.h>
+#include <unistd.h>
 
 #include "service/factory_settings.h"
 #include "service/log.h"
@@ -31,11 +32,29 @@ void log_missing_configuration(std::uint32_t result) {
 
 }  // namespace
 
+/// Loads what flash holds. A copy that is malformed was read; one that cannot be loaded for another
+/// reason counts as unreadable.
+void configuration::load_saved() {
+  flash_ = read_flash();
+  if (flash_ == saved_configuration::readable) {
+    const std::uint32_t result = load_settings(temporary_file);
+    from_flash_ = result == CFC_OK;
+    if (result != CFC_OK && result != CFC_ERR_BAD_VALUE) {
+      log_line(log_level::error, "%s cannot be loaded: result %u", temporary_file, result);
+      flash_ = saved_configuration::unreadable;
+    }
+  }
+  unlink(temporary_file);
+}
+
 bool configuration::load() {
   const blocked_signals while_saving;
-  flash_ = try_to_read_flash();
+  load_saved();
+  if (from_flash_) {
+    return true;
+  }
   const unsigned children_before = ended_children();
-  const std::uint32_t result = flash_unreadable() ? load_factory_settings() : config_center_init();
+  const std::uint32_t result = flash_unreadable() ? load_factory_settings() : config_to_default();
   if (result != CFC_OK) {
     log_missing_configuration(result);
     return false;
@@ -44,11 +63,8 @@ bool configuration::load() {
     log_line(log_level::error,
              "the saved configuration could not be read: the factory settings are served from "
              "memory, and flash is left alone until a program asks for a flush");
-    return true;
-  }
-  from_flash_ = flash_ == saved_configuration::readable && ended_children() == children_before + 1;
-  if (!from_flash_) {
-    check_save_of_factory_settings(children_before + 1);
+  } else {
+    check_save_of_factory_settings(children_before);
   }
   return true;
 }

@@ -2,7 +2,8 @@
 //
 // The store engine takes every failed read of flash for "nothing saved" and puts the factory
 // settings there. This layer keeps a saved configuration that could not be read: it then serves the
-// factory settings from memory and writes nothing to flash unless a client asks for it. And it
+// factory settings from memory and writes nothing to flash unless a client asks for it. It reads
+// flash once and loads that copy itself: a second read, by the engine, could fail. And it
 // keeps a failed save from being forgotten: the store counts as changed again, so that the next
 // flush and the stop try once more.
 #ifndef PROREFLAX_SERVICE_CONFIGURATION_H
@@ -31,6 +32,8 @@ class configuration {
   bool flash_unreadable() const { return flash_ == saved_configuration::unreadable; }
 
  private:
+  void load_saved();
+
   bool from_flash_ = false;
   saved_configuration flash_ = saved_configuration::nothing_saved;
 };

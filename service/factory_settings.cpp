@@ -37,13 +37,17 @@ std::uint32_t add_lines(std::FILE* file) {
       return result;
     }
   }
+  // Half a file is not a configuration: what a flush wrote of it would replace the whole one.
+  if (std::ferror(file) != 0) {
+    return CFC_ERR_NO_FILE;
+  }
   return g_config_mgmt.cache == nullptr ? CFC_ERR_BAD_VALUE : CFC_OK;
 }
 
 }  // namespace
 
-std::uint32_t load_factory_settings() {
-  std::FILE* const file = std::fopen(factory_file, "r");
+std::uint32_t load_settings(const char* path) {
+  std::FILE* const file = std::fopen(path, "r");
   if (file == nullptr) {
     return CFC_ERR_NO_FILE;
   }
@@ -55,6 +59,10 @@ std::uint32_t load_factory_settings() {
     config_center_close();
   }
   return result;
+}
+
+std::uint32_t load_factory_settings() {
+  return load_settings(factory_file);
 }
 
 }  // namespace proreflax

@@ -1,4 +1,4 @@
-// The factory settings in memory alone.
+// A configuration's file, loaded into memory alone.
 #ifndef PROREFLAX_SERVICE_FACTORY_SETTINGS_H
 #define PROREFLAX_SERVICE_FACTORY_SETTINGS_H
 
@@ -6,9 +6,12 @@
 
 namespace proreflax {
 
-/// Fills an empty store from the factory file and leaves flash alone, unlike config_to_default().
-/// 0; 206 when the file cannot be opened; 205 when it is malformed; 12 without memory. The store is
+/// Fills an empty store from a file and leaves flash alone, unlike config_to_default(). 0; 206 when
+/// the file cannot be opened or read; 205 when it is malformed; 12 without memory. The store is
 /// empty after a failure.
+std::uint32_t load_settings(const char* path);
+
+/// Does so from the factory file.
 std::uint32_t load_factory_settings();
 
 }  // namespace proreflax

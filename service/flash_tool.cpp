@@ -56,7 +56,7 @@ void log_failed_read(int status) {
 void watch_children() {
   struct sigaction action {};
   action.sa_sigaction = on_child_end;
-  action.sa_flags = SA_RESTART | SA_SIGINFO;
+  action.sa_flags = SA_RESTART | SA_SIGINFO | SA_NOCLDSTOP;
   sigaction(SIGCHLD, &action, nullptr);
 }
 
@@ -68,11 +68,8 @@ bool last_child_succeeded() {
   return last_child_code == CLD_EXITED && last_child_status == 0;
 }
 
-saved_configuration try_to_read_flash() {
+saved_configuration read_flash() {
   const int status = run_read();
-  const int error = errno;
-  unlink(temporary_file);
-  errno = error;
   if (status != -1 && WIFEXITED(status)) {
     switch (WEXITSTATUS(status)) {
       case 0:

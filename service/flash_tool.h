@@ -23,9 +23,9 @@ bool last_child_succeeded();
 
 enum class saved_configuration : std::uint8_t { readable, nothing_saved, unreadable };
 
-/// Reads the saved configuration into the temporary file, which is removed again, to learn whether
-/// that can be done. An error is logged.
-saved_configuration try_to_read_flash();
+/// Copies the saved configuration from flash to the temporary file, which the caller removes,
+/// whatever the result. An error is logged.
+saved_configuration read_flash();
 
 /// Blocks signals from processes and terminals: one to the whole process group would end the flash
 /// tool in the middle of a save. The tool inherits the mask. `before` receives

@@ -16,17 +16,26 @@ constexpr const char* level_names[] = {"error", "warning", "info", "debug"};
 
 log_level most_shown = log_level::info;
 unsigned long dropped_lines;
+bool ends_in_a_part;
 
 const char* name_of(log_level level) {
   return level_names[static_cast<std::size_t>(level)];
 }
 
-/// One write, so that lines of several processes do not mix. False when there is no room; a log that
-/// cannot be written at all is no reason to count.
+/// One write, so that lines of several processes do not mix. False when there is no room; a log
+/// that cannot be written at all is no reason to count. A terminal may take a part of the line: that
+/// counts as dropped, and the next line starts on its own.
 bool write_line(log_level level, const char* text) {
   char line[440];
-  std::snprintf(line, sizeof line, "config-center: %s: %s\n", name_of(level), text);
-  return write(STDERR_FILENO, line, std::strlen(line)) >= 0 || errno != EAGAIN;
+  std::snprintf(line, sizeof line, "%sconfig-center: %s: %s\n", ends_in_a_part ? "\n" : "",
+                name_of(level), text);
+  const auto length = static_cast<ssize_t>(std::strlen(line));
+  const ssize_t written = write(STDERR_FILENO, line, static_cast<std::size_t>(length));
+  if (written < 0) {
+    return errno != EAGAIN;
+  }
+  ends_in_a_part = written < length;
+  return !ends_in_a_part;
 }
 
 }  // namespace

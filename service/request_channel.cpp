@@ -30,6 +30,16 @@ bool is_alive(long reply_type) {
   return client != getpid() && (kill(client, 0) == 0 || errno != ESRCH);
 }
 
+/// Whether the reply to a request goes out under this type.
+bool asks_for(const incoming& request, long type) {
+  std::int32_t reply_type = 0;
+  if (request.length < sizeof reply_type) {
+    return false;
+  }
+  std::memcpy(&reply_type, request.text, sizeof reply_type);
+  return reply_type == type;
+}
+
 void remove_queue(int queue) {
   msgctl(queue, IPC_RMID, nullptr);
 }
@@ -106,6 +116,7 @@ request_channel::wait_result request_channel::next(incoming* request) {
   } else if (!receive(0, request)) {
     return errno == EINTR ? wait_result::interrupted : wait_result::lost;
   }
+  kept_.remove_if([&](long type) { return asks_for(*request, type); });
   send_kept();
   return wait_result::request;
 }
@@ -117,12 +128,10 @@ void request_channel::take_waiting_requests() {
   }
 }
 
-/// Whether the client has sent another request since: then it no longer waits for this reply.
-bool request_channel::is_superseded(const reply& answer) const {
+/// Whether the client has sent another request since: then it no longer waits for an earlier reply.
+bool request_channel::is_superseded(long type) const {
   for (std::size_t i = 0; i < backlog_count_; ++i) {
-    const incoming& later = backlog_[(backlog_first_ + i) % backlog_max];
-    if (later.length >= sizeof(std::int32_t) &&
-        std::memcmp(later.text, answer.text, sizeof(std::int32_t)) == 0) {
+    if (asks_for(backlog_[(backlog_first_ + i) % backlog_max], type)) {
       return true;
     }
   }
@@ -166,7 +175,7 @@ bool request_channel::send(const reply& answer) {
     discard(answer.type);
   }
   kept_.remove_if([&](long type) { return type == answer.type; });
-  if (is_superseded(answer)) {
+  if (is_superseded(answer.type)) {
     return true;
   }
   remember(answer.type);
@@ -176,7 +185,7 @@ bool request_channel::send(const reply& answer) {
   if (kept_.empty() && put(&message.type, answer.length)) {
     return true;
   }
-  if (kept_.empty() && errno != EAGAIN) {
+  if (kept_.empty() && errno != EAGAIN && errno != ENOMEM) {
     return false;
   }
   const bool first = kept_.empty();
@@ -193,7 +202,12 @@ bool request_channel::send(const reply& answer) {
 
 /// Sends kept replies in order, until one finds no room. A lost queue shows at the next wait.
 void request_channel::send_kept() {
-  while (!kept_.empty() && put(&kept_.first()->type, kept_.first()->length)) {
+  if (kept_.empty()) {
+    return;
+  }
+  take_waiting_requests();
+  while (!kept_.empty() &&
+         (is_superseded(kept_.first()->type) || put(&kept_.first()->type, kept_.first()->length))) {
     kept_.remove_first();
   }
 }
@@ -208,8 +222,7 @@ void request_channel::remember(long type) {
   if (unclaimed_.size() >= swept_size_ + left_between_sweeps) {
     remove_unclaimed();
   }
-  // Without memory the reply may be taken for a stranger's, if its client is slow to receive it.
-  static_cast<void>(unclaimed_.add(type));
+  some_unnoted_ = !unclaimed_.add(type) || some_unnoted_;
 }
 
 void request_channel::sweep() {
@@ -235,7 +248,8 @@ request_channel::taken request_channel::take_other_message(type_set* left) {
     return taken::none;
   }
   const long type = message.type;
-  if (!unclaimed_.holds(type) || left->holds(type) || !is_alive(type)) {
+  const bool may_be_a_reply = some_unnoted_ || unclaimed_.holds(type);
+  if (!may_be_a_reply || left->holds(type) || !is_alive(type)) {
     return taken::message;
   }
   if (left->add(type) && kept_.append(type, message.text, static_cast<std::size_t>(length))) {
@@ -265,6 +279,7 @@ void request_channel::remove_unclaimed() {
   }
   if (complete) {
     unclaimed_.swap(left);
+    some_unnoted_ = false;
   }
   swept_size_ = unclaimed_.size();
 }

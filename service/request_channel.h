@@ -4,8 +4,9 @@
 // was killed, or gave up on a signal, leaves its reply on the queue; and anyone who may write to it
 // may flood it. Four rules keep an honest client safe from both:
 //
-//  1. A reply is dropped when its client has a newer request on the queue: it no longer waits for
-//     this one. Earlier replies to the same client are removed before another is sent.
+//  1. A reply is dropped, also one that was kept, when one of the next requests is its client's: the
+//     client no longer waits for it. Earlier replies to the same client are removed before another
+//     is sent.
 //  2. A sweep, 10 ms after a reply and then ever less often while one is left, removes those of
 //     dead clients, and with them whatever is neither a request nor a reply of this service.
 //  3. Sending never blocks. A quarter of the queue is closed to requests: it opens for the moment in
@@ -73,7 +74,7 @@ class request_channel {
   bool reserve_room(const permissions& allowed);
   bool receive(int flags, incoming* request) const;
   void take_waiting_requests();
-  bool is_superseded(const reply& answer) const;
+  bool is_superseded(long type) const;
   void discard(long type) const;
   bool put(const long* message, std::size_t length) const;
   bool limit_bytes(std::size_t most) const;
@@ -92,7 +93,8 @@ class request_channel {
   std::size_t request_bytes_ = 0;
   std::size_t reply_bytes_ = 0;
 
-  type_set unclaimed_;  // types of replies that may still be on the queue
+  type_set unclaimed_;         // types of replies that may still be on the queue
+  bool some_unnoted_ = false;  // memory was short: there may be others
   std::size_t swept_size_ = 0;
   reply_list kept_;
 

@@ -27,8 +27,11 @@ bool create_directory(const char* path) {
 
 /// The parent too, where it is missing.
 bool create_with_parent(const char* path) {
-  if (create_directory(path) || errno != ENOENT) {
-    return errno != ENOENT;
+  if (create_directory(path)) {
+    return true;
+  }
+  if (errno != ENOENT) {
+    return false;
   }
   char parent[PATH_MAX];
   std::snprintf(parent, sizeof parent, "%s", path);

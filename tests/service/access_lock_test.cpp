@@ -114,6 +114,34 @@ TEST_F(AccessLock, raised_above_1_is_lowered_to_1_when_it_is_taken_over) {
   EXPECT_EQ(value_of(lock_semaphore), 1);
 }
 
+TEST_F(AccessLock, of_one_killed_service_after_another_is_taken_over_each_time) {
+  for (int i = 0; i < 3; ++i) {
+    killed_service([](access_lock& its_lock) {
+      its_lock.hold();
+      its_lock.release();
+    });
+    EXPECT_EQ(value_of(marker_semaphore), 0);
+    EXPECT_EQ(value_of(lock_semaphore), 1);
+  }
+}
+
+TEST_F(AccessLock, of_a_service_killed_before_it_was_ready_after_a_takeover_is_free_again) {
+  killed_service([](access_lock& its_lock) { its_lock.release(); });
+  killed_service([](access_lock& its_lock) { its_lock.hold(); });
+  EXPECT_EQ(value_of(lock_semaphore), 1);
+  EXPECT_EQ(value_of(marker_semaphore), 0);
+}
+
+TEST_F(AccessLock, that_was_never_used_but_has_a_value_is_taken_over) {
+  const int set = semget(CFC_SEM_KEY, 2, IPC_CREAT | IPC_EXCL | 0600);
+  ASSERT_EQ(semctl(set, lock_semaphore, SETVAL, 1), 0);
+  ASSERT_EQ(lock.claim(allowed), claim_result::claimed);
+  EXPECT_EQ(present_set(), set);
+  lock.hold();
+  ASSERT_TRUE(lock.release());
+  EXPECT_EQ(value_of(lock_semaphore), 1);
+}
+
 TEST_F(AccessLock, without_a_marker_is_replaced) {
   ASSERT_NE(semget(CFC_SEM_KEY, 1, IPC_CREAT | IPC_EXCL | 0600), -1);
   ASSERT_EQ(lock.claim(allowed), claim_result::claimed);
@@ -153,7 +181,7 @@ TEST_F(AccessLock, is_refused_with_the_call_and_the_error_that_stand_in_the_way)
 }
 
 TEST_F(AccessLock, is_claimed_though_it_vanishes_meanwhile) {
-  for (const int error : {EIDRM, EINVAL, EINTR}) {
+  for (const int error : {EIDRM, EINVAL, EINTR, EAGAIN}) {
     access_lock claimed;
     faults::fail(faults::call::semop, 1, error);
     EXPECT_EQ(claimed.claim(allowed), claim_result::claimed) << error;
@@ -212,5 +240,22 @@ TEST_F(AccessLock, lets_all_who_wait_come_through_before_it_is_removed) {
     EXPECT_EQ(wait_for_child(client), 231);
   }
   EXPECT_EQ(witness.wait(), 0) << "its semop succeeded: the lock was there";
+  EXPECT_EQ(present_set(), -1);
+}
+
+TEST_F(AccessLock, is_not_removed_while_a_client_holds_it_for_some_time) {
+  ASSERT_EQ(lock.claim(allowed), claim_result::claimed);
+  const auto enter_and_leave = [] {
+    sembuf step{lock_semaphore, -1, SEM_UNDO};
+    const bool entered = semop(present_set(), &step, 1) == 0;
+    usleep(100000);
+    return entered ? 0 : errno;
+  };
+  child first{enter_and_leave};
+  child second{enter_and_leave};
+  ASSERT_TRUE(eventually([] { return semctl(present_set(), lock_semaphore, GETNCNT) == 2; }));
+  lock.remove();
+  EXPECT_EQ(first.wait(), 0);
+  EXPECT_EQ(second.wait(), 0);
   EXPECT_EQ(present_set(), -1);
 }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/service/config_center.h"
+#include "tests/support/files.h"
 
 using testing::HasSubstr;
 using testing::Not;
@@ -73,6 +74,33 @@ TEST_F(Configuration, that_could_not_be_read_is_not_overwritten) {
   }
 }
 
+TEST_F(Configuration, is_read_once_as_a_second_read_might_fail) {
+  save_seven();
+  install_failing_read(
+      "reads=\"${0%/*}/../etc/reads\"; if [ -e \"$reads\" ]; then exit 1; fi; : >\"$reads\"; "
+      "exec \"${0%/*}/../programs/writeflash\" \"$@\"");
+  service_process service;
+  EXPECT_EQ(get("LAN", "ConnType"), "0x07");
+  EXPECT_THAT(status(), HasSubstr("source=flash\nflash=ok\n"));
+  EXPECT_FALSE(device_root::exists("/sbin/config-file.tmp"));
+  EXPECT_EQ(service.end(), 0) << service.log();
+  EXPECT_FALSE(device_root::exists("/etc/writes"));
+}
+
+TEST_F(Configuration, whose_copy_cannot_be_read_back_is_not_overwritten) {
+  for (const char* copying : {"exit 0", "rm -f \"$2\"; mkdir \"$2\"; exit 0"}) {
+    device_root::clear();
+    device_root::write("/etc/config-file.ini", factory);
+    install_failing_read(copying);
+    service_process service;
+    EXPECT_EQ(get("LAN", "ConnType"), "1");
+    EXPECT_THAT(status(), HasSubstr("source=factory\nflash=unreadable\n")) << copying;
+    EXPECT_THAT(service.log(), HasSubstr("/sbin/config-file.tmp cannot be loaded: result 206"));
+    EXPECT_EQ(service.end(), 0) << service.log();
+    EXPECT_FALSE(device_root::exists("/etc/writes")) << copying;
+  }
+}
+
 TEST_F(Configuration, that_a_missing_tool_could_not_read_names_the_tool) {
   save_seven();
   unlink(device_root::path("/sbin/writeflash").c_str());
@@ -121,6 +149,20 @@ TEST_F(Configuration, replaces_an_unreadable_one_by_a_reset_to_defaults) {
   device_root::install_flash_tool();
   const service_process later;
   EXPECT_EQ(get("LAN", "ConnType"), "1");
+}
+
+TEST_F(Configuration, stays_unreadable_until_it_really_was_replaced) {
+  save_seven();
+  device_root::install_flash_script("exit 1");
+  service_process service;
+  ASSERT_EQ(cfc_flush_all_nosem(), 0U) << "nothing to save";
+  EXPECT_THAT(status(), HasSubstr("flash=unreadable\n"));
+  ASSERT_EQ(__cfc_set_u8(0, "LAN", "ConnType", 9), 0U);
+  ASSERT_EQ(cfc_flush_all_nosem(), 222U);
+  EXPECT_THAT(status(), HasSubstr("flash=unreadable\n"));
+  ASSERT_EQ(cfc_to_default(), 0U);
+  EXPECT_THAT(status(), HasSubstr("flash=unreadable\n"));
+  EXPECT_EQ(service.end(), 1);
 }
 
 TEST_F(Configuration, of_a_new_device_is_saved_at_the_first_start) {
@@ -218,6 +260,27 @@ TEST_F(Configuration, reset_without_being_saved_is_saved_by_the_next_flush) {
   EXPECT_EQ(get("LAN", "ConnType"), "1");
 }
 
+TEST_F(Configuration, saved_by_a_tool_that_was_stopped_for_a_while_counts_as_saved) {
+  const service_process service;
+  install_slow_flash_tool();
+  child client{[] { return static_cast<int>(cfc_to_default()); }};
+  ASSERT_TRUE(eventually([] { return device_root::exists("/etc/tool"); }));
+  const std::string tool = device_root::read("/etc/tool").value();
+  const auto tool_is = [&](const char* state) {
+    return eventually(
+        [&] { return files::text_of("/proc/" + tool + "/stat").find(state) != std::string::npos; });
+  };
+  service.freeze();
+  kill(std::stoi(tool), SIGSTOP);
+  ASSERT_TRUE(tool_is(") T "));
+  kill(std::stoi(tool), SIGCONT);
+  device_root::write("/etc/go", "");
+  ASSERT_TRUE(tool_is(") Z "));
+  service.thaw();
+  EXPECT_EQ(client.wait(), 0);
+  EXPECT_THAT(service.log(), Not(HasSubstr("could not be saved")));
+}
+
 TEST_F(Configuration, of_a_new_device_that_could_not_be_saved_is_saved_at_the_end) {
   device_root::install_flash_script("if [ \"$1\" = -r ]; then exit 3; fi; exit 1");
   {
@@ -253,6 +316,52 @@ TEST_F(Configuration, is_saved_though_every_stop_signal_reaches_the_flash_tool_a
               (signal < 16 ? "0x0" : "0x") + std::string{"0123456789abcdef"[signal % 16]})
         << signal;
   }
+}
+
+TEST_F(Configuration, that_a_client_saves_is_saved_though_a_stop_signal_reaches_the_flash_tool) {
+  for (const auto save : {cfc_flush_all_nosem, cfc_to_default}) {
+    device_root::install_flash_tool();
+    unlink(device_root::path("/etc/go").c_str());
+    unlink(device_root::path("/etc/tool").c_str());
+    service_process service;
+    ASSERT_EQ(__cfc_set_u8(0, "LAN", "ConnType", 7), 0U);
+    install_slow_flash_tool();
+    child client{[save] { return static_cast<int>(save()); }};
+    ASSERT_TRUE(eventually([] { return device_root::exists("/etc/tool"); }));
+    kill(std::stoi(device_root::read("/etc/tool").value()), SIGINT);
+    device_root::write("/etc/go", "");
+    EXPECT_EQ(client.wait(), 0);
+    EXPECT_THAT(service.log(), Not(HasSubstr("could not be saved")));
+    service.end(SIGKILL);
+    device_root::install_flash_tool();
+    const service_process later;
+    EXPECT_EQ(get("LAN", "ConnType"), save == cfc_flush_all_nosem ? "0x07" : "1");
+  }
+}
+
+TEST_F(Configuration, of_a_new_device_is_saved_though_a_stop_signal_reaches_the_flash_tool) {
+  device_root::install_flash_script("if [ \"$1\" = -r ]; then exit 3; fi\nexec '" +
+                                    std::string{SLOW_FLASH_TOOL} + "' \"$@\"");
+  const child console{[] {
+    if (!eventually([] { return device_root::exists("/etc/tool"); })) {
+      return 1;
+    }
+    kill(std::stoi(device_root::read("/etc/tool").value()), SIGUSR1);
+    device_root::write("/etc/go", "");
+    return 0;
+  }};
+  service_process service;
+  EXPECT_THAT(service.log(), Not(HasSubstr("could not be saved")));
+  EXPECT_EQ(get("LAN", "ConnType"), "1");
+  EXPECT_EQ(service.end(), 0);
+}
+
+TEST_F(Configuration, that_was_reset_comes_from_the_factory_file) {
+  save_seven();
+  const service_process service;
+  EXPECT_THAT(status(), HasSubstr("source=flash\n"));
+  ASSERT_EQ(cfc_to_default(), 0U);
+  EXPECT_THAT(status(), HasSubstr("source=factory\n"));
 }
 
 TEST_F(Configuration, status_is_for_everyone_to_read_and_gone_after_a_stop) {

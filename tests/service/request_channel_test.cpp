@@ -8,6 +8,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
+#include <cerrno>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -163,6 +165,22 @@ TEST_F(RequestChannel, is_not_claimed_beside_a_live_service) {
   EXPECT_EQ(semctl(lock_id(), 0, GETVAL), 1);
 }
 
+TEST_F(RequestChannel, holds_what_it_takes_over_until_it_is_open) {
+  const shared<std::atomic<bool>> is_open;
+  child killed{[&] {
+    request_channel earlier;
+    *is_open = earlier.claim(allowed) == claimed::claimed && earlier.open(allowed);
+    return pause();
+  }};
+  ASSERT_TRUE(eventually([&] { return is_open->load(); }));
+  killed.kill_and_wait();
+  ASSERT_EQ(channel.claim(allowed), claimed::claimed);
+  EXPECT_EQ(semctl(lock_id(), 0, GETVAL), 0) << "clients wait until the service is ready";
+  EXPECT_EQ(queue_id(), -1) << "and wait no longer for replies of the killed one";
+  ASSERT_TRUE(channel.open(allowed));
+  EXPECT_EQ(semctl(lock_id(), 0, GETVAL), 1);
+}
+
 TEST_F(RequestChannel, is_claimed_by_one_of_many_that_start_at_once) {
   ASSERT_NE(semget(CFC_SEM_KEY, 2, IPC_CREAT | IPC_EXCL | 0600), -1) << "a left-over one";
   int results[2];
@@ -195,6 +213,33 @@ TEST_F(RequestChannel, removes_lock_and_queue_when_it_closes) {
   channel.close();
   EXPECT_EQ(lock_id(), -1);
   EXPECT_EQ(queue_id(), -1);
+}
+
+TEST_F(RequestChannel, sends_nothing_on_a_queue_that_is_gone) {
+  open_channel();
+  msgctl(queue_id(), IPC_RMID, nullptr);
+  EXPECT_FALSE(channel.send(reply_to(getpid())));
+  EXPECT_TRUE(errno == EINVAL || errno == EIDRM) << errno;
+}
+
+TEST_F(RequestChannel, removes_the_queue_before_those_who_wait_for_the_lock_come_through) {
+  open_channel();
+  const child inside{[] {
+    sembuf take_lock{lock_semaphore, -1, SEM_UNDO};
+    semop(lock_id(), &take_lock, 1);
+    while (queue_id() != -1) {
+      usleep(1000);
+    }
+    return 0;
+  }};
+  ASSERT_TRUE(eventually([] { return semctl(lock_id(), lock_semaphore, GETVAL) == 0; }));
+  child waits{[] {
+    sembuf take_lock{lock_semaphore, -1, SEM_UNDO};
+    return semop(lock_id(), &take_lock, 1) == 0 && queue_id() == -1 ? 0 : 1;
+  }};
+  ASSERT_TRUE(eventually([] { return semctl(lock_id(), lock_semaphore, GETNCNT) == 1; }));
+  channel.close();
+  EXPECT_EQ(waits.wait(), 0);
 }
 
 TEST_F(RequestChannel, takes_requests_in_order_and_no_other_messages) {
@@ -280,9 +325,14 @@ TEST_F(RequestChannel, a_sweep_beside_waiting_requests_keeps_the_replies_of_live
     ASSERT_TRUE(put(1, raw("request")));
   }
   channel.sweep();
-  EXPECT_EQ(waiting(), 7U);
   EXPECT_NE(take(first.pid() + 2), "");
   EXPECT_NE(take(second.pid() + 2), "");
+  incoming request;
+  for (int i = 0; i < 5; ++i) {
+    ASSERT_EQ(channel.next(&request), waited::request);
+    EXPECT_EQ(std::string(request.text, request.length), "request");
+  }
+  EXPECT_EQ(waiting(), 0U);
 }
 
 TEST_F(RequestChannel, a_sweep_keeps_a_reply_whose_room_is_taken_meanwhile) {
@@ -309,6 +359,16 @@ TEST_F(RequestChannel, a_sweep_removes_messages_that_are_nobodys) {
   channel.sweep();
   EXPECT_EQ(waiting(), 1U);
   EXPECT_EQ(take(1), "request");
+}
+
+TEST_F(RequestChannel, a_sweep_keeps_one_message_of_a_clients_type_and_that_is_the_reply) {
+  open_channel();
+  const child client = bystander();
+  ASSERT_TRUE(channel.send(reply_to(client.pid())));
+  ASSERT_TRUE(put(client.pid() + 2, raw("not from the service")));
+  channel.sweep();
+  EXPECT_EQ(take(client.pid() + 2), std::string(reply_to(client.pid()).text, 16));
+  EXPECT_EQ(waiting(), 0U);
 }
 
 TEST_F(RequestChannel, is_swept_soon_after_a_reply_was_left) {
@@ -383,16 +443,45 @@ TEST_F(RequestChannel, requests_leave_a_quarter_of_the_queue_to_replies) {
   EXPECT_EQ(after.msg_qbytes, state.msg_qbytes) << "closed to requests again";
 }
 
+TEST_F(RequestChannel, a_quarter_of_what_the_system_grants_a_queue_is_closed_to_requests) {
+  msqid_ds usual{};
+  const int other = msgget(IPC_PRIVATE, 0600);
+  ASSERT_EQ(msgctl(other, IPC_STAT, &usual), 0);
+  ASSERT_EQ(msgctl(other, IPC_RMID, nullptr), 0);
+  open_channel();
+  msqid_ds state{};
+  ASSERT_EQ(msgctl(queue_id(), IPC_STAT, &state), 0);
+  EXPECT_EQ(state.msg_qbytes, usual.msg_qbytes - usual.msg_qbytes / 4);
+}
+
+TEST_F(RequestChannel, closes_its_quarter_again_after_a_reply_that_needed_it) {
+  open_channel();
+  msqid_ds state{};
+  ASSERT_EQ(msgctl(queue_id(), IPC_STAT, &state), 0);
+  const child client = bystander();
+  while (put(1, bytes(16, 'r'))) {
+  }
+  reply longest = reply_to(client.pid());
+  longest.length = reply_text_max;
+  ASSERT_TRUE(channel.send(longest));
+  msqid_ds after{};
+  ASSERT_EQ(msgctl(queue_id(), IPC_STAT, &after), 0);
+  EXPECT_GT(after.__msg_cbytes, state.msg_qbytes) << "it is in the quarter";
+  EXPECT_EQ(after.msg_qbytes, state.msg_qbytes);
+  EXPECT_FALSE(put(1, bytes(16, 'r')));
+  EXPECT_NE(take(client.pid() + 2), "");
+}
+
 namespace {
 
 /// Raises the limit of the queue to what the service itself may use, and fills all of it.
-void fill_to_the_last_byte() {
+void fill_to_the_last_byte(long type = 1) {
   msqid_ds state{};
   msgctl(queue_id(), IPC_STAT, &state);
   const auto for_requests = state.msg_qbytes;
   state.msg_qbytes = for_requests / 3 * 4;
   msgctl(queue_id(), IPC_SET, &state);
-  while (put(1, bytes(16, 'r'))) {
+  while (put(type, bytes(16, 'r'))) {
   }
   state.msg_qbytes = for_requests;
   msgctl(queue_id(), IPC_SET, &state);
@@ -415,6 +504,115 @@ TEST_F(RequestChannel, keeps_a_reply_that_finds_no_room_until_requests_were_take
   }
   EXPECT_GT(taken, 1);
   EXPECT_LT(taken, 200) << "sent as soon as enough requests were taken";
+}
+
+TEST_F(RequestChannel, drops_a_kept_reply_whose_client_has_asked_again) {
+  open_channel();
+  const child client = bystander();
+  fill_to_the_last_byte();
+  reply longest = reply_to(client.pid());
+  longest.length = reply_text_max;
+  ASSERT_TRUE(channel.send(longest));
+  while (!take(1).empty()) {
+  }
+  ASSERT_TRUE(put(1, request_of(client.pid())));
+  incoming request;
+  do {
+    ASSERT_EQ(channel.next(&request), waited::request);
+    EXPECT_EQ(take(client.pid() + 2), "") << "it would be taken for the reply to the newer request";
+  } while (std::memcmp(request.text, longest.text, sizeof(std::int32_t)) != 0);
+}
+
+TEST_F(RequestChannel, a_sweep_drops_a_reply_whose_client_has_asked_again) {
+  open_channel();
+  const child client = bystander();
+  ASSERT_TRUE(channel.send(reply_to(client.pid(), 209)));
+  ASSERT_TRUE(put(1, request_of(client.pid())));
+  channel.sweep();
+  EXPECT_EQ(take(client.pid() + 2), "");
+}
+
+TEST_F(RequestChannel, keeps_a_reply_for_which_the_kernel_lacks_memory) {
+  open_channel();
+  const child client = bystander();
+  faults::fail(faults::call::msgsnd, 1, ENOMEM);
+  ASSERT_TRUE(channel.send(reply_to(client.pid(), 209)));
+  ASSERT_TRUE(faults::happened());
+  channel.sweep();
+  EXPECT_EQ(take(client.pid() + 2), std::string(reply_to(client.pid(), 209).text, 16));
+}
+
+TEST_F(RequestChannel, drops_a_kept_reply_when_it_takes_its_clients_next_request) {
+  open_channel();
+  const child client = bystander();
+  ASSERT_TRUE(channel.send(reply_to(client.pid(), 209)));
+  faults::fail(faults::call::msgsnd, 1, ENOMEM);
+  channel.sweep();
+  ASSERT_EQ(waiting(), 0U) << "the reply is in memory";
+  ASSERT_TRUE(put(1, request_of(client.pid())));
+  incoming request;
+  ASSERT_EQ(channel.next(&request), waited::request);
+  EXPECT_EQ(take(client.pid() + 2), "");
+}
+
+TEST_F(RequestChannel, makes_room_at_once_where_messages_that_are_nobodys_take_all_of_it) {
+  open_channel();
+  const child client = bystander();
+  fill_to_the_last_byte(5);
+  ASSERT_TRUE(channel.send(reply_to(client.pid())));
+  EXPECT_NE(take(client.pid() + 2), "");
+  EXPECT_EQ(waiting(), 0U);
+}
+
+TEST_F(RequestChannel, a_reply_that_finds_neither_room_nor_memory_is_reported) {
+  open_channel();
+  const child client = bystander();
+  ASSERT_TRUE(channel.send(reply_to(client.pid())));
+  ASSERT_NE(take(client.pid() + 2), "");
+  fill_to_the_last_byte();
+  reply longest = reply_to(client.pid());
+  longest.length = reply_text_max;
+  faults::fail(faults::call::malloc, 1, ENOMEM);
+  EXPECT_FALSE(channel.send(longest));
+  EXPECT_EQ(errno, ENOMEM);
+  EXPECT_TRUE(faults::happened());
+}
+
+TEST_F(RequestChannel, a_sweep_without_memory_keeps_the_replies_of_live_clients) {
+  const child client = bystander();
+  const child other = bystander();
+  // The set of types, the list of replies, once and again.
+  for (int nth = 1; nth <= 6; ++nth) {
+    open_channel();
+    ASSERT_TRUE(channel.send(reply_to(client.pid())));
+    ASSERT_TRUE(channel.send(reply_to(other.pid(), 201)));
+    faults::fail(faults::call::malloc, nth, ENOMEM);
+    channel.sweep();
+    faults::reset();
+    channel.sweep();
+    EXPECT_EQ(take(client.pid() + 2), std::string(reply_to(client.pid()).text, 16)) << nth;
+    EXPECT_EQ(take(other.pid() + 2), std::string(reply_to(other.pid(), 201).text, 16)) << nth;
+    EXPECT_EQ(waiting(), 0U) << nth;
+    channel.close();
+  }
+}
+
+TEST_F(RequestChannel, a_reply_sent_without_memory_is_not_taken_for_a_strangers) {
+  open_channel();
+  const child client = bystander();
+  const child other = bystander();
+  faults::fail(faults::call::malloc, 1, ENOMEM);
+  ASSERT_TRUE(channel.send(reply_to(client.pid())));
+  ASSERT_TRUE(faults::happened());
+  ASSERT_TRUE(channel.send(reply_to(other.pid())));
+  channel.sweep();
+  channel.sweep();
+  EXPECT_NE(take(client.pid() + 2), "");
+  EXPECT_NE(take(other.pid() + 2), "");
+  channel.sweep();
+  ASSERT_TRUE(put(client.pid() + 2, raw("not from the service")));
+  channel.sweep();
+  EXPECT_EQ(waiting(), 0U) << "memory suffices again, and strangers are known";
 }
 
 TEST_F(RequestChannel, sends_kept_replies_in_order) {

@@ -6,6 +6,7 @@
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/sem.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -134,6 +135,91 @@ TEST_F(Surroundings, a_log_that_nobody_reads_stops_nothing_and_what_it_lost_is_c
 #if defined(__x86_64__)
 namespace {
 
+/// A pseudo-terminal, of which nobody reads what is written to it.
+int terminal[2];
+
+void open_terminal() {
+  terminal[0] = posix_openpt(O_RDWR | O_NOCTTY);
+  grantpt(terminal[0]);
+  unlockpt(terminal[0]);
+  terminal[1] = open(ptsname(terminal[0]), O_RDWR | O_NOCTTY);
+}
+
+int sockets[2];
+
+}  // namespace
+
+TEST_F(Surroundings, a_terminal_or_a_socket_that_nobody_reads_stops_nothing) {
+  open_terminal();
+  ASSERT_NE(terminal[1], -1);
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, sockets), 0);
+  for (const int* ends : {terminal, sockets}) {
+    // What a terminal takes moves on to its other end some time later, which makes room again.
+    for (int times = 0; times < 10; ++times) {
+      fill(ends[1]);
+      usleep(5000);
+    }
+    service_process service{{"--log-level", "debug"},
+                            ends == terminal ? [] {
+                              dup2(terminal[1], STDERR_FILENO);
+                              dup2(terminal[1], STDOUT_FILENO);
+                            } : [] {
+                              dup2(sockets[1], STDERR_FILENO);
+                              dup2(sockets[1], STDOUT_FILENO);
+                            }};
+    for (std::uint8_t i = 0; i < 10; ++i) {
+      ASSERT_EQ(__cfc_set_u8(0, "LAN", "ConnType", i), 0U);
+      ASSERT_EQ(cfc_flush_all_nosem(), 0U);
+    }
+    std::string log;
+    if (ends == terminal) {
+      EXPECT_EQ(fcntl(terminal[1], F_GETFL) & O_NONBLOCK, 0) << "other writers see no change";
+    } else {
+      EXPECT_TRUE(eventually([&] {
+        log += drain(ends[0]);
+        return log.find("log lines were dropped") != std::string::npos;
+      }));
+    }
+    EXPECT_EQ(service.end(), 0);
+    close(ends[0]);
+    close(ends[1]);
+  }
+}
+
+TEST_F(Surroundings, a_log_file_goes_on_where_it_ended) {
+  device_root::write("/etc/log", "earlier line\n");
+  service_process service{{}, [] {
+                            const std::string log = device_root::path("/etc/log");
+                            const int file = open(log.c_str(), O_WRONLY | O_APPEND);
+                            dup2(file, STDERR_FILENO);
+                            dup2(file, STDOUT_FILENO);
+                          }};
+  ASSERT_EQ(__cfc_set_u8(0, "LAN", "ConnType", 7), 0U);
+  EXPECT_EQ(service.end(), 0);
+  const std::string log = device_root::read("/etc/log").value();
+  EXPECT_TRUE(log.starts_with("earlier line\n")) << log;
+  EXPECT_THAT(log, HasSubstr("ready\n"));
+  EXPECT_THAT(log, HasSubstr(" export file oK....\n"));
+  EXPECT_THAT(log, HasSubstr("stopping\n"));
+}
+
+TEST_F(Surroundings, outputs_on_a_full_disk_cost_no_save) {
+  {
+    service_process service{{"--log-level", "debug"}, [] {
+                              const int full = open("/dev/full", O_WRONLY);
+                              dup2(full, STDERR_FILENO);
+                              dup2(full, STDOUT_FILENO);
+                            }};
+    ASSERT_EQ(__cfc_set_u8(0, "LAN", "ConnType", 7), 0U);
+    ASSERT_EQ(cfc_flush_all_nosem(), 0U);
+    ASSERT_EQ(__cfc_set_u8(0, "LAN", "ConnType", 8), 0U);
+    EXPECT_EQ(service.end(), 0);
+  }
+  EXPECT_EQ(saved_text(), "\n[LAN]\nConnType=0x08\nLanIPAddr=192.168.62.1\n\n[WORK]\nspare=1\n");
+}
+
+namespace {
+
 /// Has a system call fail in this process and those that it becomes.
 void forbid(unsigned number, unsigned other, int error) {
   sock_filter rules[] = {
@@ -156,6 +242,7 @@ TEST_F(Surroundings, a_refusal_to_start_names_the_call_and_the_error) {
     const char* words;
   } rows[] = {
       {[] { forbid(SYS_semop, SYS_semtimedop, ENOSYS); }, "semop: Function not implemented"},
+      {[] { forbid(SYS_semop, SYS_semtimedop, EINVAL); }, "semop: Invalid argument"},
       {[] { forbid(SYS_semget, SYS_semget, EACCES); }, "semget: Permission denied"},
       {[] { forbid(SYS_semctl, SYS_semctl, EPERM); }, "semctl: Operation not permitted"},
       {[] { forbid(SYS_msgget, SYS_msgget, ENOSPC); }, "msgget: No space left on device"},
@@ -168,6 +255,18 @@ TEST_F(Surroundings, a_refusal_to_start_names_the_call_and_the_error) {
     EXPECT_THAT(service.log(), Not(HasSubstr("another config-center runs")));
     semctl(semget(proreflax::CFC_SEM_KEY, 0, 0), 0, IPC_RMID);
   }
+}
+
+TEST_F(Surroundings, a_save_for_which_there_is_no_process_is_tried_again) {
+  service_process service{{}, [] { forbid(SYS_clone, SYS_clone3, EAGAIN); }};
+  EXPECT_THAT(service.log(), HasSubstr("-r could not be run: Resource temporarily unavailable"));
+  ASSERT_EQ(__cfc_set_u8(0, "LAN", "ConnType", 7), 0U);
+  EXPECT_EQ(cfc_flush_all_nosem(), 218U);
+  EXPECT_EQ(cfc_flush_all_nosem(), 218U) << "nothing is forgotten";
+  EXPECT_EQ(cfc_to_default(), 0U);
+  EXPECT_THAT(service.log(), HasSubstr("the factory settings could not be saved"));
+  EXPECT_EQ(cfc_flush_all_nosem(), 218U);
+  EXPECT_EQ(service.end(), 1);
 }
 #endif
 

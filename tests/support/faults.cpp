@@ -137,6 +137,11 @@ void* __wrap_malloc(std::size_t size) {
   return fails(call::malloc) ? nullptr : __real_malloc(size);
 }
 
+void* __real_realloc(void* memory, std::size_t size);
+void* __wrap_realloc(void* memory, std::size_t size) {
+  return fails(call::malloc) ? nullptr : __real_realloc(memory, size);
+}
+
 void* __real_calloc(std::size_t count, std::size_t size);
 void* __wrap_calloc(std::size_t count, std::size_t size) {
   faults::now.malloc_bytes = count * size;

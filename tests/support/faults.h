@@ -21,7 +21,7 @@
 namespace faults {
 
 enum class call {
-  malloc,  // calloc too
+  malloc,  // calloc and realloc too
   semget,
   semop,
   msgget,
