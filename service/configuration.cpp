@@ -13,8 +13,8 @@ bool is_changed() {
   return (g_config_mgmt.flags & CFG_DIRTY) != 0;
 }
 
-/// The engine has put the factory settings in place and tried to save them, but does not report
-/// whether it could. No child that ended means that none was started.
+/// The engine has loaded the factory settings and tried to save them, but does not report whether
+/// it succeeded. If no child process ended, none was started.
 void check_save_of_factory_settings(unsigned children_before) {
   if (ended_children() == children_before || !last_child_succeeded()) {
     g_config_mgmt.flags |= CFG_DIRTY;

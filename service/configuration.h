@@ -1,10 +1,9 @@
 // The configuration that the service serves: where it came from, and whether it is saved.
 //
-// The store engine takes every failed read of flash for "nothing saved" and puts the factory
-// settings there. This layer keeps a saved configuration that could not be read: it then serves the
-// factory settings from memory and writes nothing to flash unless a client asks for it. And it
-// keeps a failed save from being forgotten: the store counts as changed again, so that the next
-// flush and the stop try once more.
+// The store engine treats every failed read of flash as "nothing saved" and writes the factory
+// settings there. This layer preserves a saved configuration that could not be read: it then serves
+// the factory settings from memory and writes nothing to flash unless a client requests it. After a
+// failed save the store counts as changed again, so that the next flush and the stop retry it.
 #ifndef PROREFLAX_SERVICE_CONFIGURATION_H
 #define PROREFLAX_SERVICE_CONFIGURATION_H
 
@@ -16,11 +15,11 @@ namespace proreflax {
 
 class configuration {
  public:
-  /// Loads the saved configuration or the factory settings. False, with an error logged, when there
-  /// is neither.
+  /// Loads the saved configuration or the factory settings. False, with an error logged, when
+  /// neither can be loaded.
   bool load();
 
-  /// What the requests of the same names do. Each blocks signals while the flash tool runs.
+  /// Execute the requests of these names. Each blocks signals while the flash tool runs.
   std::uint32_t flush();
   std::uint32_t reset();
 

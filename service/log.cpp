@@ -14,15 +14,15 @@ namespace {
 
 constexpr const char* level_names[] = {"error", "warning", "info", "debug"};
 
-log_level most_shown = log_level::info;
+log_level level_max = log_level::info;
 unsigned long dropped_lines;
 
 const char* name_of(log_level level) {
   return level_names[static_cast<std::size_t>(level)];
 }
 
-/// One write, so that lines of several processes do not mix. False when there is no room; a log that
-/// cannot be written at all is no reason to count.
+/// One write, so that lines of several processes do not mix. False when there is no room; other
+/// write errors do not count as a dropped line.
 bool write_line(log_level level, const char* text) {
   char line[440];
   std::snprintf(line, sizeof line, "config-center: %s: %s\n", name_of(level), text);
@@ -31,8 +31,8 @@ bool write_line(log_level level, const char* text) {
 
 }  // namespace
 
-void set_log_level(log_level most) {
-  most_shown = most;
+void set_log_level(log_level max) {
+  level_max = max;
 }
 
 bool read_log_level(const char* name, log_level* level) {
@@ -57,13 +57,13 @@ void log_dropped_lines() {
 }
 
 void log_line(log_level level, const char* format, ...) {
-  if (level > most_shown) {
+  if (level > level_max) {
     return;
   }
   char text[400];
   std::va_list arguments;
   va_start(arguments, format);
-  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the line above is not understood
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the analyzer misses va_start above
   std::vsnprintf(text, sizeof text, format, arguments);
   va_end(arguments);
   log_dropped_lines();
