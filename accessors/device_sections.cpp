@@ -1,5 +1,5 @@
-// Getters and setters of the sections that device_tables.h tells, and the two pairs that have no
-// record: the web login, and the two addresses of section LAN that make the device reachable.
+// Getters and setters of the sections in device_tables.h, and the two pairs that have no record:
+// the web login, and the two addresses of section LAN that make the device reachable.
 #include <proreflax/config.h>
 
 #include "accessors/device_tables.h"
@@ -10,36 +10,36 @@ using namespace proreflax;
 
 namespace {
 
-/// The two sections of a single text: their accessors take the text, which is the whole record.
+/// The two sections of a single string: their accessors take the string, which is the whole record.
 template <typename Record>
-std::uint32_t get_text(char* text) {
-  return get_section(table_of<Record>(), text);
+std::uint32_t get_string(char* string) {
+  return get_section(table_of<Record>(), string);
 }
 
 template <typename Record>
-std::uint32_t set_text(const char* text) {
-  return set_section(table_of<Record>(), text);
+std::uint32_t set_string(const char* string) {
+  return set_section(table_of<Record>(), string);
 }
 
 constexpr int locked = 1;
-constexpr std::uint32_t login_bytes = 32;  // of a name or a password, NUL included
+constexpr std::uint32_t login_bytes = 32;  // size of a name or a password, NUL included
 
 }  // namespace
 
 std::uint32_t gui_get_sysbase_info(char* firmware_ver) {
-  return get_text<sysbase_info>(firmware_ver);
+  return get_string<sysbase_info>(firmware_ver);
 }
 
 std::uint32_t gui_set_sysbase_info(const char* firmware_ver) {
-  return set_text<sysbase_info>(firmware_ver);
+  return set_string<sysbase_info>(firmware_ver);
 }
 
 std::uint32_t get_device_cfg(char* opt) {
-  return get_text<device_cfg>(opt);
+  return get_string<device_cfg>(opt);
 }
 
 std::uint32_t set_device_cfg(const char* opt) {
-  return set_text<device_cfg>(opt);
+  return set_string<device_cfg>(opt);
 }
 
 std::uint32_t get_sensors_cfg(sensors_cfg* out) {
@@ -152,7 +152,7 @@ std::uint32_t gui_get_web_password(char* user_name, char* password) {
   });
 }
 
-// Null is not tested here, on purpose unlike above: the typed operations refuse it, in their turn.
+// Unlike the getter, this does not test for null: the typed operation of each value refuses it.
 std::uint32_t gui_set_web_password(const char* user_name, const char* password) {
   return with_lock([=] {
     const std::uint32_t result = __cfc_set_string(locked, "WEBLOG", "user_name", user_name);

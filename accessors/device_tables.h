@@ -1,6 +1,6 @@
 // The tables of the device's, the sensors' and the services' sections.
 //
-// section_rows.h tells how a row is read, sections.h what a field is for. The getters and setters
+// section_rows.h defines the rows, sections.h describes the fields. The getters and setters
 // that walk these tables are in device_sections.cpp.
 #ifndef PROREFLAX_ACCESSORS_DEVICE_TABLES_H
 #define PROREFLAX_ACCESSORS_DEVICE_TABLES_H
@@ -11,7 +11,7 @@
 
 namespace proreflax {
 
-// A row a field, also where more would fit on a line.
+// One row per field, even if several fit on a line.
 // clang-format off
 
 template <>

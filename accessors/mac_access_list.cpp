@@ -1,8 +1,8 @@
 // The editors of the MAC access list: read the whole list, change a copy, write the whole list.
 //
-// A slot of six zero bytes is free. Freed slots stay holes, so that the other entries keep their
-// places; an address is added in the lowest hole. The lock is free between reading and writing, on
-// purpose: an edit that another process makes in between is lost.
+// A slot of six zero bytes is free. Freed slots stay empty, so that the other entries keep their
+// places; an address is added in the lowest free slot. The lock is not held between reading and
+// writing: an edit that another process makes in between is lost.
 #include <proreflax/sections.h>
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Getters and setters of the sections that panel_tables.h tells.
+// Getters and setters of the sections in panel_tables.h.
 #include "accessors/panel_tables.h"
 #include "accessors/section_engine.h"
 

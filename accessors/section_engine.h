@@ -1,8 +1,8 @@
 // The engine that walks a section's table, for every getter and every setter.
 //
-// It takes the access lock once, moves each field with the typed operation of its kind, and gives
-// the lock back. Two rules decide the result, each in one place of the engine: the array rule and
-// the stop rule. One exchange a value, and no memory but the stack.
+// It takes the access lock once, copies each field with the typed operation of its type, and
+// releases the lock. Two rules determine the result, each in one place of the engine: the array
+// rule and the stop rule. Cost: one exchange per value, and no memory other than the stack.
 #ifndef PROREFLAX_ACCESSORS_SECTION_ENGINE_H
 #define PROREFLAX_ACCESSORS_SECTION_ENGINE_H
 

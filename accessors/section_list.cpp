@@ -6,7 +6,7 @@
 
 namespace proreflax {
 
-// A row a field, also where more would fit on a line.
+// One row per field, even if several fit on a line.
 // clang-format off
 
 template <>

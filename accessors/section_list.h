@@ -1,13 +1,13 @@
-// Every section of the device, for programs that handle them all alike.
+// Every section of the device, for programs that handle all sections in the same way.
 //
 //   for (const listed_section& each : all_sections()) {
-//     for (const field& which : each.table) { ... which.name, which.kind, which.offset ... }
+//     for (const field& which : each.table) { ... which.name, which.type, which.offset ... }
 //     std::vector<char> record(each.record_bytes);
 //     get_section(each.table, record.data());
 //   }
 //
-// The shared library exports nothing of this: such a program compiles the tables and the engine in,
-// as proreflax_section_tables, and reaches the service through the library's typed operations.
+// The shared library exports none of this: such a program compiles the tables and the engine in, as
+// proreflax_section_tables, and talks to the service through the library's typed operations.
 #ifndef PROREFLAX_ACCESSORS_SECTION_LIST_H
 #define PROREFLAX_ACCESSORS_SECTION_LIST_H
 
@@ -19,7 +19,7 @@
 
 namespace proreflax {
 
-/// Section WEBLOG, whose getter and setter take texts of their own and no record.
+/// Section WEBLOG, whose getter and setter take separate strings instead of a record.
 struct web_login {
   char user_name[32];
   char password[32];

@@ -1,4 +1,4 @@
-// The rows of which the sections' tables are made, and what a table must hold to compile.
+// The rows of the sections' tables, and the conditions under which a table compiles.
 //
 //   template <>
 //   struct section<surv_info> {
@@ -10,10 +10,10 @@
 //     };
 //   };
 //
-// A row names a key and a member of the record; kind, capacity and count follow from the member's
-// type, and only an IPv4 address needs saying, with IP_FIELD. packed<surv_info> is the table as the
-// library keeps it. It does not compile unless the rows are the record's members, all of them, in
-// their order, under their names. The rows themselves exist while compiling only.
+// A row names a key and a member of the record. Value type, capacity and count are deduced from the
+// member's C++ type; only an IPv4 address must be marked, with IP_FIELD. packed<surv_info> is the
+// table as the library stores it. It compiles only if the rows are all members of the record, in
+// their order and with their names. The rows themselves exist at compile time only.
 #ifndef PROREFLAX_ACCESSORS_SECTION_ROWS_H
 #define PROREFLAX_ACCESSORS_SECTION_ROWS_H
 
@@ -33,7 +33,7 @@ struct row {
   field member;
 };
 
-/// The rows of the section that a record holds.
+/// The rows of a record's section.
 template <typename Record>
 struct section;
 
@@ -43,38 +43,39 @@ struct number_value {
   static constexpr std::uint8_t count = 0;
 };
 
-/// Kind, capacity and count of a member's type. A type without them can be no member of a record.
+/// Value type, capacity and count of a member. A C++ type without them cannot be a member of a
+/// record.
 template <typename Member>
 struct value_of;
 
 template <>
 struct value_of<std::uint8_t> : number_value<std::uint8_t> {
-  static constexpr value_kind kind = value_kind::u8;
+  static constexpr value_type type = value_type::u8;
 };
 
 template <>
 struct value_of<std::uint16_t> : number_value<std::uint16_t> {
-  static constexpr value_kind kind = value_kind::u16;
+  static constexpr value_type type = value_type::u16;
 };
 
 template <>
 struct value_of<std::uint32_t> : number_value<std::uint32_t> {
-  static constexpr value_kind kind = value_kind::u32;
+  static constexpr value_type type = value_type::u32;
 };
 
 template <std::size_t N>
 struct value_of<char[N]> {
-  static_assert(N >= 2 && N <= most_capacity,
-                "a text of this capacity can be neither read nor kept");
-  static constexpr value_kind kind = value_kind::text;
+  static_assert(N >= 2 && N <= capacity_max,
+                "a string of this capacity can be neither read nor packed");
+  static constexpr value_type type = value_type::string;
   static constexpr std::uint16_t capacity = N;
   static constexpr std::uint8_t count = 0;
 };
 
 template <std::size_t N>
 struct value_of<unsigned char[N]> {
-  static_assert(2 * N + 2 <= value_max, "more bytes than a value's hexadecimal text can hold");
-  static constexpr value_kind kind = value_kind::binary;
+  static_assert(2 * N + 2 <= value_max, "more bytes than a hexadecimal value can hold");
+  static constexpr value_type type = value_type::binary;
   static constexpr std::uint16_t capacity = N;
   static constexpr std::uint8_t count = 0;
 };
@@ -82,21 +83,21 @@ struct value_of<unsigned char[N]> {
 template <typename Element, std::size_t N>
 struct value_of<Element[N]> : value_of<Element> {
   static_assert(value_of<Element>::count == 0, "an array of arrays has no keys");
-  static_assert(N <= 0xFF, "an array of more elements than its count can tell");
+  static_assert(N <= 0xFF, "an array of more elements than its count can express");
   static constexpr std::uint8_t count = N;
 };
 
 template <typename Member>
 constexpr row row_of(std::string_view key, const char* name, std::size_t offset) {
   using value = value_of<Member>;
-  return {key, {name, value::kind, value::count, value::capacity, offset}};
+  return {key, {name, value::type, value::count, value::capacity, offset}};
 }
 
 template <typename Member>
 constexpr row ip_row_of(std::string_view key, const char* name, std::size_t offset) {
-  static_assert(value_of<Member>::kind == value_kind::u32, "an IPv4 address has 32 bits");
+  static_assert(value_of<Member>::type == value_type::u32, "an IPv4 address has 32 bits");
   row address = row_of<Member>(key, name, offset);
-  address.member.kind = value_kind::ip;
+  address.member.type = value_type::ip;
   return address;
 }
 
@@ -105,16 +106,16 @@ constexpr row ip_row_of(std::string_view key, const char* name, std::size_t offs
 #define IP_FIELD(key, member) \
   ::proreflax::ip_row_of<decltype(record::member)>(key, #member, offsetof(record, member))
 
-// ---- What a table must hold ---------------------------------------------------------------------
+// ---- Checks of a table --------------------------------------------------------------------------
 
-/// The key is the member's name, and for an array "[%d]" behind it.
+/// The key is the member's name, followed by "[%d]" for an array.
 constexpr bool names_its_member(const row& each) {
   const std::string_view index = each.member.is_array() ? "[%d]" : "";
   const std::string_view name = each.member.name;
   return each.key.starts_with(name) && each.key.substr(name.size()) == index;
 }
 
-/// Characters that the longest index of an array adds to its name, brackets included.
+/// Number of characters that the longest index of an array adds to its name, brackets included.
 constexpr std::int32_t index_characters(const field& member) {
   return !member.is_array() ? 0 : member.count > 100 ? 5 : member.count > 10 ? 4 : 3;
 }
@@ -155,7 +156,7 @@ constexpr bool members_are_in_order() {
 template <std::size_t>
 inline constexpr char zero = 0;
 
-/// Whether the record has at least as many members as there are numbers.
+/// Whether the record has at least as many members as the sequence has numbers.
 template <typename Record, std::size_t... Member>
 constexpr bool has_members(std::index_sequence<Member...> /*numbers*/) {
   return requires {
@@ -163,7 +164,7 @@ constexpr bool has_members(std::index_sequence<Member...> /*numbers*/) {
   };
 }
 
-/// Offsets cannot tell a small member that is missing at the end from the padding there.
+/// Offsets cannot distinguish a small missing member at the end from the padding there.
 template <typename Section>
 constexpr bool every_member_has_a_row() {
   constexpr std::size_t rows = std::size(Section::rows);
@@ -173,19 +174,19 @@ constexpr bool every_member_has_a_row() {
 
 // ---- Packing ------------------------------------------------------------------------------------
 
-/// Hands the bytes of a packed table on, one by one.
+/// Passes the bytes of a packed table to `take`, one by one.
 template <typename Section, typename Take>
 constexpr void pack_into(Take take) {
-  const auto take_text = [&](const char* text) {
+  const auto take_string = [&](const char* characters) {
     do {
-      take(static_cast<unsigned char>(*text));
-    } while (*text++ != '\0');
+      take(static_cast<unsigned char>(*characters));
+    } while (*characters++ != '\0');
   };
-  take_text(Section::name);
+  take_string(Section::name);
   for (const row& each : Section::rows) {
     const field& member = each.member;
     const unsigned capacity = member.has_number() ? 0 : member.capacity;
-    take(static_cast<unsigned>(member.kind) | (member.is_array() ? tag_array : 0) |
+    take(static_cast<unsigned>(member.type) | (member.is_array() ? tag_array : 0) |
          (capacity >> tag_capacity_shift & tag_capacity));
     if (member.is_array()) {
       take(member.count);
@@ -193,7 +194,7 @@ constexpr void pack_into(Take take) {
     if (!member.has_number()) {
       take(capacity & 0xFF);
     }
-    take_text(member.name);
+    take_string(member.name);
   }
   take(0U);
 }
@@ -222,7 +223,7 @@ consteval auto pack() {
 template <typename Record>
 inline constexpr auto packed = pack<section<Record>>();
 
-/// The table of the section that a record holds.
+/// The table of a record's section.
 template <typename Record>
 constexpr section_table table_of() {
   return section_table{packed<Record>.data()};

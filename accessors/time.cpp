@@ -1,8 +1,9 @@
 // Local time: the zone of section SNTPC as an offset in seconds, and the clock shifted by it as a
-// text.
+// string.
 //
-// The zone is the text that a person chose, such as "(GMT+08:00) Beijing": the offset stands behind
-// its first "T". The device's clock is UTC. Nothing here reports a failure; the last offset stays.
+// The zone is the string that a user chose, such as "(GMT+08:00) Beijing": the offset follows its
+// first "T". The device's clock is UTC. Nothing here reports a failure; the last offset stays
+// valid.
 #include "accessors/time.h"
 
 #include <proreflax/sections.h>
@@ -20,13 +21,13 @@ char g_localtime_text[200];
 namespace {
 
 constexpr std::int32_t daylight_saving_seconds = 3600;
-constexpr std::uint32_t no_digits = 0xFFFFFFFF;  // above every bound
+constexpr std::uint32_t no_digits = 0xFFFFFFFF;  // above every limit
 
 bool is_digit(char c) {
   return std::isdigit(static_cast<unsigned char>(c)) != 0;
 }
 
-/// Reads one digit or two into `number`, if there are any. A third stays for the next field.
+/// Reads up to two digits into `number`, if there are any. A third is left for the next field.
 const char* read_two_digits(const char* text, std::uint32_t* number) {
   if (is_digit(*text)) {
     *number = static_cast<std::uint32_t>(*text++ - '0');
@@ -37,8 +38,8 @@ const char* read_two_digits(const char* text, std::uint32_t* number) {
   return text;
 }
 
-/// The offset that stands behind a "T", with its sign. 0 for one that cannot be read.
-std::int32_t offset_behind_t(const char* text, bool daylight_saving) {
+/// The signed offset that follows a "T". 0 for a malformed offset.
+std::int32_t offset_after_t(const char* text, bool daylight_saving) {
   const bool negative = *text == '-';
   std::int32_t seconds = 0;
   if (parse_tz_offset(negative || *text == '+' ? text + 1 : text, &seconds) == nullptr) {
@@ -50,8 +51,8 @@ std::int32_t offset_behind_t(const char* text, bool daylight_saving) {
 }  // namespace
 
 const char* parse_tz_offset(const char* text, std::int32_t* out) {
-  // Hours, minutes, seconds and a last field that must be 0 or absent, on purpose: any other number
-  // behind the seconds makes the whole offset invalid.
+  // Hours, minutes, seconds and a last field that must be 0 or absent: any other number after the
+  // seconds makes the whole offset invalid.
   constexpr std::uint8_t bounds[] = {25, 60, 60, 1};
   std::uint32_t total = 0;
   std::uint32_t number = no_digits;
@@ -82,7 +83,7 @@ std::int32_t gui_get_offsetTime() {
   }
   const char* t = std::strchr(info.tzdetail, 'T');
   if (t != nullptr) {
-    g_offset_time = offset_behind_t(t + 1, info.dststatus == 1);
+    g_offset_time = offset_after_t(t + 1, info.dststatus == 1);
   }
   return g_offset_time;
 }
@@ -116,7 +117,7 @@ std::uint32_t gui_set_daylight_saving(const void* /*status*/, const void* /*star
   return CFC_FAILED;
 }
 
-// Success without an answer, on purpose unlike the setter: programs rely on it.
+// Reports success without a result, unlike the setter: programs depend on it.
 std::uint32_t gui_get_time_server(const void* /*mode*/, const void* /*first*/,
                                   const void* /*second*/) {
   return CFC_OK;

@@ -1,4 +1,4 @@
-// Getters and setters of the sections that wireless_tables.h tells.
+// Getters and setters of the sections in wireless_tables.h.
 #include "accessors/section_engine.h"
 #include "accessors/wireless_tables.h"
 

@@ -1,8 +1,8 @@
 #!/bin/sh
-# Prints what accessors/ takes in the shared library at -Os: code, constants, and writable data.
-# Ends with 1 when code and constants exceed 24 KiB, and with 77 when there is no such compiler.
+# Prints the size of accessors/ in the shared library at -Os: code, constants, and writable data.
+# Exits with 1 when code and constants exceed 24 KiB, and with 77 when the compiler is missing.
 #
-#   bench/accessors_size.sh [COMPILER]     such as mips-linux-gnu-g++; g++ unless told otherwise
+#   bench/accessors_size.sh [COMPILER]     such as mips-linux-gnu-g++; the default is g++
 set -eu
 compiler=${1:-g++}
 budget=24576

@@ -20,7 +20,7 @@ namespace {
 
 using namespace proreflax;
 
-/// The message text's own header, as it travels.
+/// The header of a message text.
 struct text_header {
   std::int32_t reply_type;
   std::uint32_t result;
@@ -89,9 +89,9 @@ bare_client::bare_client(std::string_view section, const std::vector<std::string
 
 bare_client::request bare_client::request_for(std::string_view section,
                                               std::string_view key) const {
-  request made{.bytes = text_header_bytes + section.size() + 1 + key.size() + 1,
-               .sent = {.type = request_type, .text = {}}};
-  if (made.bytes > sizeof made.sent.text) {
+  request built{.bytes = text_header_bytes + section.size() + 1 + key.size() + 1,
+                .sent = {.type = request_type, .text = {}}};
+  if (built.bytes > sizeof built.sent.text) {
     throw std::runtime_error("names too long");
   }
   const text_header header{.reply_type = static_cast<std::int32_t>(reply_type_),
@@ -100,11 +100,11 @@ bare_client::request bare_client::request_for(std::string_view section,
                            .key_off = static_cast<std::uint16_t>(section.size() + 1),
                            .value_off = static_cast<std::uint16_t>(section.size() + key.size() + 2),
                            .value_len = 0};
-  char* const text = made.sent.text;
+  char* const text = built.sent.text;
   std::memcpy(text, &header, sizeof header);
   std::memcpy(text + sizeof header, section.data(), section.size());
   std::memcpy(text + sizeof header + header.key_off, key.data(), key.size());
-  return made;
+  return built;
 }
 
 bool bare_client::exchange(int queue, const request& asked) {
@@ -113,15 +113,15 @@ bool bare_client::exchange(int queue, const request& asked) {
          msgrcv(queue, &reply_, asked.bytes + value_room, reply_type_, 0) != -1;
 }
 
-bool bare_client::ask() {
+bool bare_client::get_values() {
   const int lock = semget(CFC_SEM_KEY, 0, 0);
   if (lock == -1 || !change_lock(lock, -1)) {
     return false;
   }
   const int queue = msgget(CFC_MSQ_KEY, 0);
-  const bool answered = std::all_of(requests_.begin(), requests_.end(),
+  const bool received = std::all_of(requests_.begin(), requests_.end(),
                                     [&](const request& each) { return exchange(queue, each); });
-  return change_lock(lock, +1) && answered;
+  return change_lock(lock, +1) && received;
 }
 
 std::string_view bare_client::value() const {

@@ -1,4 +1,4 @@
-// Exchanges with a service in bare system calls, and a service that answers at once.
+// Exchanges with a service in bare system calls, and a service that replies immediately.
 #ifndef PROREFLAX_BENCH_BARE_QUEUE_H
 #define PROREFLAX_BENCH_BARE_QUEUE_H
 
@@ -11,8 +11,8 @@
 
 namespace bench {
 
-/// A child process that takes requests off the queue, until this object goes. It looks at none of
-/// them: it answers with the values in turn, and begins anew behind the last.
+/// A child process that receives requests from the queue until this object is destroyed. It does
+/// not read them: it replies with the values in turn, and starts again after the last.
 class echo_process {
  public:
   echo_process(int queue, const std::vector<std::string>& values);
@@ -24,15 +24,15 @@ class echo_process {
   pid_t child_;
 };
 
-/// Asks for values of a section as a program without the library would: look up and take the lock,
-/// look up the queue, send and receive for each key, give the lock back. The requests are made
-/// once, when the object is.
+/// Reads values of a section as a program without the library would: look up and take the lock,
+/// look up the queue, send and receive for each key, release the lock. The requests are built once,
+/// by the constructor.
 class bare_client {
  public:
   bare_client(std::string_view section, const std::vector<std::string>& keys);
 
   /// False when a call failed.
-  bool ask();
+  bool get_values();
 
   /// The value of the last reply.
   std::string_view value() const;

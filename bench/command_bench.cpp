@@ -1,8 +1,8 @@
-// One `cfc get` as a process, from its start to its end, against a bare C program that makes the same
-// call of the library. A script of the device pays this for every value.
+// One `cfc get` as a process, from its start to its end, against a bare C program that makes the
+// same call of the library. A script of the device pays this for every value.
 //
-// cfc is linked as it is for a device, with the C++ runtime in it: a dynamic libstdc++ alone doubles
-// the figure.
+// cfc is linked as it is for a device, with the C++ runtime in it: a dynamic libstdc++ alone
+// doubles the figure.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <spawn.h>

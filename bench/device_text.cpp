@@ -26,60 +26,61 @@ constexpr std::array<std::string_view, device_section_count> names{
     "PSSES",           "SMSGW",         "HARULES",     "DB",         "WEBLOG",
     "ALARM_DAEMON"};
 
-struct entry_text {
+struct stored_entry {
   std::string_view key;
   std::string_view value;
 };
 
 constexpr std::array vocabulary{
-    std::to_array<entry_text>({{"ConnType", "0x00000001"},
-                               {"LanIPAddr", "192.168.62.1"},
-                               {"LanNetmask", "255.255.255.0"},
-                               {"LanGw", "192.168.62.254"},
-                               {"DnsSrv1", "10.0.0.53"},
-                               {"enable", "0x00000001"},
-                               {"host", "center.example.net"},
-                               {"port", "0x00000050"},
-                               {"url", "http://center.example.net/report"},
-                               {"interval", "0x0000003c"},
-                               {"tz", "CET-1CEST,M3.5.0,M10.5.0/3"},
-                               {"hostname", "gateway"},
-                               {"user", "operator"},
-                               {"passwd", "correct-horse"},
-                               {"framerate", "0x0019"},
-                               {"brightness", "0x0080"},
-                               {"essid", "front-door"},
-                               {"apmac", "0x5a0c4e9b7d00"},
-                               {"beacon_interval", "0x00000064"},
-                               {"rts_threshold", "0x0000092b"},
-                               {"preamble_type_flag", "0x00000000"},
-                               {"wep_passphrase", "0x000000000000000000000000007961746e69726f"},
-                               {"svr_shared_secret", "0x73656372657473656372657473656372"},
-                               {"key_timeout", "0x00000e10"},
-                               {"macFilters[0]", "0x00224fd6a1b0"},
-                               {"macFilters[1]", "0x00224fd6a1b1"},
-                               {"choiced_channel_numbers", "0x000b"},
-                               {"domain_name", "ETSI"},
-                               {"sdata[0]", "door,1,0,front hall"},
-                               {"sdata[1]", "window,2,0,kitchen"},
-                               {"sname[0]", "front hall"},
-                               {"sname[1]", "kitchen"},
-                               {"url[0]", "sip:alarm@center.example.net"},
-                               {"rule[0]", "allow 192.168.62.0/24"},
-                               {"rule[1]", "deny 0.0.0.0/0"},
-                               {"opt", ""},
-                               {"firmware_ver", "2.4.17"},
-                               {"Lease_Time", "0x00015180"},
-                               {"start_ip", "192.168.62.100"},
-                               {"end_ip", "192.168.62.199"}})};
+    std::to_array<stored_entry>({{"ConnType", "0x00000001"},
+                                 {"LanIPAddr", "192.168.62.1"},
+                                 {"LanNetmask", "255.255.255.0"},
+                                 {"LanGw", "192.168.62.254"},
+                                 {"DnsSrv1", "10.0.0.53"},
+                                 {"enable", "0x00000001"},
+                                 {"host", "center.example.net"},
+                                 {"port", "0x00000050"},
+                                 {"url", "http://center.example.net/report"},
+                                 {"interval", "0x0000003c"},
+                                 {"tz", "CET-1CEST,M3.5.0,M10.5.0/3"},
+                                 {"hostname", "gateway"},
+                                 {"user", "operator"},
+                                 {"passwd", "correct-horse"},
+                                 {"framerate", "0x0019"},
+                                 {"brightness", "0x0080"},
+                                 {"essid", "front-door"},
+                                 {"apmac", "0x5a0c4e9b7d00"},
+                                 {"beacon_interval", "0x00000064"},
+                                 {"rts_threshold", "0x0000092b"},
+                                 {"preamble_type_flag", "0x00000000"},
+                                 {"wep_passphrase", "0x000000000000000000000000007961746e69726f"},
+                                 {"svr_shared_secret", "0x73656372657473656372657473656372"},
+                                 {"key_timeout", "0x00000e10"},
+                                 {"macFilters[0]", "0x00224fd6a1b0"},
+                                 {"macFilters[1]", "0x00224fd6a1b1"},
+                                 {"choiced_channel_numbers", "0x000b"},
+                                 {"domain_name", "ETSI"},
+                                 {"sdata[0]", "door,1,0,front hall"},
+                                 {"sdata[1]", "window,2,0,kitchen"},
+                                 {"sname[0]", "front hall"},
+                                 {"sname[1]", "kitchen"},
+                                 {"url[0]", "sip:alarm@center.example.net"},
+                                 {"rule[0]", "allow 192.168.62.0/24"},
+                                 {"rule[1]", "deny 0.0.0.0/0"},
+                                 {"opt", ""},
+                                 {"firmware_ver", "2.4.17"},
+                                 {"Lease_Time", "0x00015180"},
+                                 {"start_ip", "192.168.62.100"},
+                                 {"end_ip", "192.168.62.199"}})};
 static_assert(vocabulary.size() >= entries_per_section);
 
-/// Neighbours in the vocabulary, starting elsewhere for each section: no key twice in one.
+/// Consecutive entries of the vocabulary, from a different start for each section, so that no
+/// section has a key twice.
 std::vector<entry> entries_of(std::size_t section_number) {
   std::vector<entry> entries;
   for (std::size_t i = 0; i < entries_per_section; ++i) {
-    const entry_text& text = vocabulary[(7 * section_number + i) % vocabulary.size()];
-    entries.push_back({std::string{text.key}, std::string{text.value}});
+    const stored_entry& each = vocabulary[(7 * section_number + i) % vocabulary.size()];
+    entries.push_back({std::string{each.key}, std::string{each.value}});
   }
   return entries;
 }
@@ -102,7 +103,7 @@ std::string new_temporary_file() {
   std::string path = std::filesystem::temp_directory_path() / "proreflax-bench-XXXXXX";
   const int file = mkstemp(path.data());
   if (file == -1) {
-    throw std::runtime_error("cannot make a temporary file like " + path);
+    throw std::runtime_error("cannot create a temporary file like " + path);
   }
   close(file);
   return path;

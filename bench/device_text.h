@@ -1,5 +1,5 @@
-// Configurations of the shape that the device has: its section names, its keys, values of the kinds
-// that it stores.
+// Configurations like that of the device: its section names, its keys, values of the types that it
+// stores.
 #ifndef PROREFLAX_BENCH_DEVICE_TEXT_H
 #define PROREFLAX_BENCH_DEVICE_TEXT_H
 
@@ -23,13 +23,13 @@ struct section {
   std::vector<entry> entries;
 };
 
-/// As many sections as the device has, all of the same size.
+/// As many sections as the device has, all with the same number of entries.
 std::vector<section> device_sections();
 
-/// Far more than the device has: their names get numbers.
+/// Far more than the device has: numbers are added to their names.
 std::vector<section> many_sections();
 
-/// The sections of the device's factory text, a few large and many small.
+/// The sections of the device's factory file, a few large and many small.
 std::vector<section> factory_sections();
 
 /// A file of these sections as INI text, for as long as the object lives.

@@ -1,7 +1,7 @@
-// Loading a large text into the store and releasing it, against what no loader of such a store can
-// do without: a line read and a block of memory for every line, and all the blocks freed in the
-// end. The blocks are kept until the last line is read, as the store keeps its records; nothing is
-// copied into them.
+// Loading a large file into the store and releasing it, against the minimum work of such a loader:
+// read every line, allocate a block of memory for it, and free all blocks at the end. The blocks
+// are kept until the last line is read, as the store keeps its records; nothing is copied into
+// them.
 #include <benchmark/benchmark.h>
 #include <proreflax/store.h>
 
@@ -58,7 +58,7 @@ void load(benchmark::State& state) {
                                   : read_allocate_and_free(file.path(), blocks);
   });
   if (!done) {
-    state.SkipWithError("the text was not read to its end");
+    state.SkipWithError("the file was not read to its end");
   }
 }
 

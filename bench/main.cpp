@@ -1,9 +1,10 @@
 // Measures the figures and prints them as a table: what was measured, its ratio, the limit and
-// whether it holds. Ends with 1 when a limit is exceeded or a figure could not be measured.
+// whether it is met. Exits with 1 when a limit is exceeded or a figure could not be measured.
 //
-// --quick measures a tenth of the rounds; its figures are rough, and only one that is a quarter
-// over its limit counts as a failure. The options of Google Benchmark work too:
-// --benchmark_filter=REGEX chooses figures, --benchmark_out=FILE keeps the times and all else.
+// --quick measures a tenth of the rounds; its figures are rough, and only a ratio of more than 1.25
+// times its limit counts as a failure. The options of Google Benchmark work too:
+// --benchmark_filter=REGEX selects figures, --benchmark_out=FILE writes the times and all other
+// data.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -56,7 +57,7 @@ class figure_table : public benchmark::BenchmarkReporter {
   bool all_hold_ = true;
 };
 
-/// Whether --quick is among the arguments; it is taken out of them.
+/// Whether --quick is among the arguments; removes it from them.
 bool take_quick(int& argc, char** argv) {
   int kept = 1;
   for (int i = 1; i < argc; ++i) {

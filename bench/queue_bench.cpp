@@ -1,5 +1,5 @@
-// A typed value over the queue, against the bare system calls of the same exchange. Both ask the
-// same process, which answers every request with the same value at once.
+// A typed value over the queue, against the bare system calls of the same exchange. Both use the
+// same process, which immediately replies to every request with the same value.
 #include <benchmark/benchmark.h>
 #include <proreflax/config.h>
 #include <pthread.h>
@@ -23,65 +23,66 @@ using namespace bench;
 
 constexpr char section_name[] = "WIRELESS";
 constexpr char key[] = "beacon_interval";
-constexpr char value_text[] = "0x00000064";
+constexpr char value_string[] = "0x00000064";
 constexpr std::uint32_t value = 0x64;
 
-bool ask_library() {
+bool get_with_library() {
   std::uint32_t out = 0;
   return __cfc_get_u32(0, section_name, key, &out) == CFC_OK && out == value;
 }
 
-/// Asks `times` times; false as soon as an answer is missing or wrong.
-template <typename Ask>
-bool ask_repeatedly(int times, Ask ask) {
+/// Gets the value `times` times; false as soon as a reply is missing or wrong.
+template <typename Get>
+bool get_repeatedly(int times, Get get) {
   for (int i = 0; i < times; ++i) {
-    if (!ask()) {
+    if (!get()) {
       return false;
     }
   }
   return true;
 }
 
-bool ask_as(side side, int times, bare_client& bare) {
-  return side == side::library
-             ? ask_repeatedly(times, ask_library)
-             : ask_repeatedly(times, [&] { return bare.ask() && bare.value() == value_text; });
+bool get_as(side side, int times, bare_client& bare) {
+  return side == side::library ? get_repeatedly(times, get_with_library)
+                               : get_repeatedly(times, [&] {
+                                   return bare.get_values() && bare.value() == value_string;
+                                 });
 }
 
 void one_process(benchmark::State& state) {
   const request_queue queue;
-  const echo_process echo{queue.queue_id(), {value_text}};
+  const echo_process echo{queue.queue_id(), {value_string}};
   bare_client bare{section_name, {key}};
-  bool answered = true;
+  bool correct = true;
   compare(state, timed_by::wall, 1.05,
-          [&](side side) { answered = answered && ask_as(side, 20, bare); });
-  if (!answered) {
-    state.SkipWithError("an answer was missing or wrong");
+          [&](side side) { correct = correct && get_as(side, 20, bare); });
+  if (!correct) {
+    state.SkipWithError("a reply was missing or wrong");
   }
 }
 
-/// Processes that ask all at once. They stay for all rounds: starting and ending them costs more
-/// than what is measured.
-class crowd {
+/// Processes that send requests at the same time. They run for all rounds: starting and ending them
+/// costs more than what is measured.
+class client_group {
  public:
   static constexpr int size = 64;
-  static constexpr int questions = 5;
+  static constexpr int requests = 5;
 
-  crowd();
-  ~crowd();
-  crowd(const crowd&) = delete;
-  crowd& operator=(const crowd&) = delete;
+  client_group();
+  ~client_group();
+  client_group(const client_group&) = delete;
+  client_group& operator=(const client_group&) = delete;
 
-  /// Lets every process ask its questions, and waits until all are done.
-  void ask(side side);
-  bool always_answered() const { return shared_->answered; }
+  /// Lets every process send its requests, and waits until all are done.
+  void run(side side);
+  bool always_correct() const { return shared_->correct; }
 
  private:
   struct shared_memory {
     pthread_barrier_t start;
     pthread_barrier_t end;
-    side asked = side::library;
-    volatile bool answered = true;
+    side measured = side::library;
+    volatile bool correct = true;
   };
 
   [[noreturn]] void work() const;
@@ -90,7 +91,7 @@ class crowd {
   std::array<pid_t, size> workers_{};
 };
 
-crowd::crowd() {
+client_group::client_group() {
   void* const memory = mmap(nullptr, sizeof(shared_memory), PROT_READ | PROT_WRITE,
                             MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) {
@@ -114,7 +115,7 @@ crowd::crowd() {
   }
 }
 
-crowd::~crowd() {
+client_group::~client_group() {
   for (const pid_t worker : workers_) {
     kill(worker, SIGTERM);
     waitpid(worker, nullptr, 0);
@@ -122,18 +123,18 @@ crowd::~crowd() {
   munmap(shared_, sizeof(shared_memory));
 }
 
-void crowd::ask(side side) {
-  shared_->asked = side;
+void client_group::run(side side) {
+  shared_->measured = side;
   pthread_barrier_wait(&shared_->start);
   pthread_barrier_wait(&shared_->end);
 }
 
-void crowd::work() const {
+void client_group::work() const {
   bare_client bare{section_name, {key}};
   for (;;) {
     pthread_barrier_wait(&shared_->start);
-    if (!ask_as(shared_->asked, questions, bare)) {
-      shared_->answered = false;
+    if (!get_as(shared_->measured, requests, bare)) {
+      shared_->correct = false;
     }
     pthread_barrier_wait(&shared_->end);
   }
@@ -141,11 +142,11 @@ void crowd::work() const {
 
 void many_processes(benchmark::State& state) {
   const request_queue queue;
-  const echo_process echo{queue.queue_id(), {value_text}};
-  crowd crowd;
-  compare(state, timed_by::wall, 1.05, [&](side side) { crowd.ask(side); });
-  if (!crowd.always_answered()) {
-    state.SkipWithError("an answer was missing or wrong");
+  const echo_process echo{queue.queue_id(), {value_string}};
+  client_group clients;
+  compare(state, timed_by::wall, 1.05, [&](side side) { clients.run(side); });
+  if (!clients.always_correct()) {
+    state.SkipWithError("a reply was missing or wrong");
   }
 }
 

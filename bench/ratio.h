@@ -1,10 +1,10 @@
-// Ratios that hold on a noisy machine: what the library costs against what a peer costs for the
+// Ratios that are valid on a noisy machine: the cost of the library against that of a peer for the
 // same work, both measured in one run.
 //
-// One round times the library's side and the peer's side, one right behind the other, in turning
-// order; its ratio is that of the two times. The figure is the median over many short rounds, so a
-// burst of foreign load spoils a few rounds and not the figure. Times as such are printed nowhere:
-// they would tell about the machine.
+// One round times the library and the peer one immediately after the other, in alternating order;
+// its ratio is that of the two times. The figure is the median over many short rounds, so a burst
+// of other load affects a few rounds and not the figure. Absolute times are not printed: they would
+// depend on the machine.
 #ifndef PROREFLAX_BENCH_RATIO_H
 #define PROREFLAX_BENCH_RATIO_H
 
@@ -20,8 +20,8 @@ namespace bench {
 /// The limit of a figure that has none.
 inline constexpr double no_limit = 0;
 
-/// What a round's time is: the processor time of this process, which foreign load does not touch,
-/// or, where the work waits for other processes, the time on the wall.
+/// The clock of a round: the processor time of this process, which other load does not affect, or
+/// wall-clock time for work that waits for other processes.
 enum class timed_by : clockid_t {
   processor = CLOCK_PROCESS_CPUTIME_ID,
   wall = CLOCK_MONOTONIC,
@@ -52,9 +52,8 @@ inline bool quick = false;
 
 enum class side { library, peer };
 
-/// Measures one figure, in the counters "ratio" and "limit": a round is one iteration of the
-/// benchmark, whose time is the library's. `work(side)` does one round's work of either side.
-
+/// Measures one figure and reports it in the counters "ratio" and "limit". A round is one iteration
+/// of the benchmark, whose time is the library's. `work(side)` does one round's work of a side.
 template <typename Work>
 void compare(benchmark::State& state, timed_by clock, double limit, Work&& work) {
   work(side::library);

@@ -1,6 +1,6 @@
-// A whole section through its getter, against as many exchanges in bare system calls under one
-// lock. Both ask the same process for the section's keys in the getter's order; it answers with the
-// values of the factory text.
+// A complete section through its getter, against the same number of exchanges in bare system calls
+// under one lock. Both request the section's keys from the same process, in the getter's order; it
+// replies with the values of the factory file.
 #include <benchmark/benchmark.h>
 #include <proreflax/sections.h>
 
@@ -19,7 +19,7 @@ namespace {
 
 using namespace bench;
 
-/// The exchanges of a round, about: a round is to last a fraction of a millisecond.
+/// The approximate number of exchanges in a round, which takes a fraction of a millisecond.
 constexpr std::size_t exchanges_per_round = 36;
 
 bool reads_lan() {
@@ -46,7 +46,7 @@ section factory_section(const std::string& name) {
   const auto found =
       std::find_if(all.begin(), all.end(), [&](const section& each) { return each.name == name; });
   if (found == all.end()) {
-    throw std::runtime_error("the factory text has no section " + name);
+    throw std::runtime_error("the factory file has no section " + name);
   }
   return *found;
 }
@@ -62,14 +62,14 @@ void whole_section(benchmark::State& state, const char* name, bool (*read)()) {
   const echo_process echo{queue.queue_id(), values};
   bare_client bare{name, keys};
   const std::size_t times = exchanges_per_round / keys.size() + 1;
-  bool answered = true;
+  bool correct = true;
   compare(state, timed_by::wall, 1.05, [&](side side) {
-    for (std::size_t i = 0; i < times && answered; ++i) {
-      answered = side == side::library ? read() : bare.ask() && bare.value() == values.back();
+    for (std::size_t i = 0; i < times && correct; ++i) {
+      correct = side == side::library ? read() : bare.get_values() && bare.value() == values.back();
     }
   });
-  if (!answered) {
-    state.SkipWithError("an answer was missing or wrong");
+  if (!correct) {
+    state.SkipWithError("a reply was missing or wrong");
   }
 }
 

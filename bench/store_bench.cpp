@@ -2,7 +2,7 @@
 // name and key, and copy its value into the caller's buffer.
 //
 // Every round reads each entry of the store once, in the order in which a record of a section is
-// filled, or in one shuffled order that stays the same.
+// filled, or in a fixed shuffled order.
 #include <benchmark/benchmark.h>
 #include <proreflax/store.h>
 
@@ -27,7 +27,7 @@ struct value_buffer {
   char bytes[256];
   std::uint32_t length;
 
-  std::string_view text() const { return {bytes, length}; }
+  std::string_view string() const { return {bytes, length}; }
 };
 
 map_of_maps make_map(const std::vector<section>& sections) {
@@ -95,7 +95,7 @@ void get_value(benchmark::State& state, std::vector<section> (*make_sections)(),
     value_buffer mapped{};
     return read_store(reading.section_name, reading.key, stored) &&
            read_map(map, reading.section_name, reading.key, mapped) &&
-           stored.text() == reading.value && mapped.text() == reading.value;
+           stored.string() == reading.value && mapped.string() == reading.value;
   };
   if (!std::all_of(readings.begin(), readings.end(), agrees)) {
     state.SkipWithError("store and map do not agree");

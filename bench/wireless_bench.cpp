@@ -1,5 +1,5 @@
-// The readers of the wireless driver's texts, against opening, reading and closing the same file as
-// a stream: what no reader can do without. The texts are those that come with the device of a
+// The readers of the wireless driver's files, against opening, reading and closing the same file as
+// a stream, the minimum work of a reader. The files are those in the device's directory of a
 // development machine.
 #include <benchmark/benchmark.h>
 #include <proreflax/wireless.h>
@@ -51,7 +51,7 @@ void compare_reader(benchmark::State& state, std::uint32_t (*reader)(), const ch
     }
   });
   if (!done) {
-    state.SkipWithError("a text was not read");
+    state.SkipWithError("a file was not read");
   }
 }
 

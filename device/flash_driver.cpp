@@ -1,15 +1,15 @@
-// The flash driver of a development machine: a plain file under "/dev/flash" of the device's
-// folder, made when it is first opened.
+// The flash driver of a development machine: the plain file "/dev/flash" in the device's directory,
+// created when it is first opened.
 //
-// "/etc/flash-regions" tells the base address and the regions, one a line; it is read anew for
-// every request, so that it can be edited while programs run. Nothing is written outside a region:
-// a position must lie in one, and a write must end in it.
+// "/etc/flash-regions" lists the base address and the regions, one per line; it is read for every
+// request, so that it can be edited while programs run. Nothing is written outside a region: a
+// position must be inside a region, and a write must end in it.
 //
-// PROREFLAX_FLASH_FAIL makes calls fail: "seek" every one, "write:2" the second of its kind since
-// the device was opened. The kinds are open, close, region, base, seek, write, and short for a
-// write that takes all bytes but the last. A close that fails closes all the same.
+// PROREFLAX_FLASH_FAIL makes calls fail: "seek" every call, "write:2" the second write since the
+// device was opened. The names are open, close, region, base, seek, write, and short for a write
+// that accepts all bytes except the last. A close that fails still closes the file.
 //
-// No library that ships has any of this: see firmware/flash_device.h.
+// The library that ships contains none of this: see firmware/flash_device.h.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -25,23 +25,24 @@ namespace {
 
 constexpr char region_file[] = PROREFLAX_DEVICE_ROOT "/etc/flash-regions";
 
-enum class call { open, close, region, base, seek, write, short_write, kinds };
+enum class call { open, close, region, base, seek, write, short_write, count };
 
 constexpr const char* call_names[] = {"open", "close", "region", "base", "seek", "write", "short"};
 
-int calls_made[static_cast<int>(call::kinds)];
+int call_counts[static_cast<int>(call::count)];
 
-/// Counts a call; true, with errno set, when it shall fail.
-bool shall_fail(call kind) {
-  const int made = ++calls_made[static_cast<int>(kind)];
-  const char* const wish = std::getenv("PROREFLAX_FLASH_FAIL");
-  const char* const name = call_names[static_cast<int>(kind)];
+/// Counts a call; true, with errno set, when it must fail.
+bool must_fail(call which) {
+  const int calls = ++call_counts[static_cast<int>(which)];
+  const char* const failing = std::getenv("PROREFLAX_FLASH_FAIL");
+  const char* const name = call_names[static_cast<int>(which)];
   const std::size_t length = std::strlen(name);
-  if (wish == nullptr || std::strncmp(wish, name, length) != 0) {
+  if (failing == nullptr || std::strncmp(failing, name, length) != 0) {
     return false;
   }
   errno = EIO;
-  return wish[length] == '\0' || (wish[length] == ':' && std::atoi(wish + length + 1) == made);
+  return failing[length] == '\0' ||
+         (failing[length] == ':' && std::atoi(failing + length + 1) == calls);
 }
 
 struct region {
@@ -101,8 +102,7 @@ bool find_region(std::uint32_t kind, region* found) {
   return false;
 }
 
-/// Whether the bytes from one offset on all lie in one region. An offset alone is a stretch of
-/// none.
+/// Whether `length` bytes from an offset on are inside one region; `length` may be 0.
 bool inside_a_region(std::uint64_t offset, std::uint64_t length) {
   unsigned base = 0;
   region_table table;
@@ -122,21 +122,20 @@ bool inside_a_region(std::uint64_t offset, std::uint64_t length) {
 }  // namespace
 
 int flash_open() {
-  std::memset(calls_made, 0, sizeof calls_made);
-  constexpr int owner_alone = 0600;
-  return shall_fail(call::open)
-             ? -1
-             : open(flash_device_path, O_RDWR | O_CREAT | O_CLOEXEC, owner_alone);
+  std::memset(call_counts, 0, sizeof call_counts);
+  constexpr int owner_only = 0600;
+  return must_fail(call::open) ? -1
+                               : open(flash_device_path, O_RDWR | O_CREAT | O_CLOEXEC, owner_only);
 }
 
 int flash_close(int descriptor) {
   const int result = close(descriptor);
-  return shall_fail(call::close) ? -1 : result;
+  return must_fail(call::close) ? -1 : result;
 }
 
 int flash_get_region(int descriptor, flash_region_req* request) {
   region found;
-  if (shall_fail(call::region) || descriptor < 0 || !find_region(request->kind, &found)) {
+  if (must_fail(call::region) || descriptor < 0 || !find_region(request->kind, &found)) {
     return -1;
   }
   request->address = found.address;
@@ -146,12 +145,12 @@ int flash_get_region(int descriptor, flash_region_req* request) {
 
 std::uint32_t flash_get_base(int descriptor) {
   unsigned base = 0;
-  const bool told = !shall_fail(call::base) && descriptor >= 0 && base_address(&base);
-  return told ? base : flash_no_base;
+  const bool known = !must_fail(call::base) && descriptor >= 0 && base_address(&base);
+  return known ? base : flash_no_base;
 }
 
 off_t flash_seek(int descriptor, std::uint32_t offset) {
-  if (shall_fail(call::seek)) {
+  if (must_fail(call::seek)) {
     return -1;
   }
   if (!inside_a_region(offset, 0)) {
@@ -162,7 +161,7 @@ off_t flash_seek(int descriptor, std::uint32_t offset) {
 }
 
 ssize_t flash_write(int descriptor, const std::uint8_t* data, std::size_t length) {
-  if (shall_fail(call::write)) {
+  if (must_fail(call::write)) {
     return -1;
   }
   const off_t position = lseek(descriptor, 0, SEEK_CUR);
@@ -170,7 +169,7 @@ ssize_t flash_write(int descriptor, const std::uint8_t* data, std::size_t length
     errno = ENOSPC;
     return -1;
   }
-  return write(descriptor, data, shall_fail(call::short_write) ? length - 1 : length);
+  return write(descriptor, data, must_fail(call::short_write) ? length - 1 : length);
 }
 
 }  // namespace proreflax

@@ -1,4 +1,4 @@
-// The calls of the device's own flash driver.
+// Calls to the device's own flash driver.
 #include "firmware/flash_device.h"
 
 #include <fcntl.h>

@@ -8,7 +8,7 @@
 namespace proreflax {
 namespace {
 
-bool is_type_taken(std::uint8_t type) {
+bool is_accepted_type(std::uint8_t type) {
   return type == image_type_kernel || type == image_type_ramdisk || type == image_type_multi;
 }
 
@@ -17,9 +17,9 @@ bool is_type_taken(std::uint8_t type) {
 std::uint32_t image_header_crc(const std::uint8_t* image) {
   constexpr std::uint8_t zeros[4] = {};
   constexpr auto field = static_cast<std::uint32_t>(header_word::header_crc);
-  constexpr std::uint32_t behind = field + sizeof zeros;
+  constexpr std::uint32_t field_end = field + sizeof zeros;
   const std::uint32_t crc = image_crc32(image_crc32(0, image, field), zeros, sizeof zeros);
-  return image_crc32(crc, image + behind, FW_HEADER_SIZE - behind);
+  return image_crc32(crc, image + field_end, FW_HEADER_SIZE - field_end);
 }
 
 std::uint32_t image_check_header(const std::uint8_t* image, std::uint32_t size) {
@@ -29,7 +29,7 @@ std::uint32_t image_check_header(const std::uint8_t* image, std::uint32_t size) 
   if (header_field(image, header_word::magic) != image_magic) {
     return CFC_ERR_FW_MAGIC;
   }
-  if (!is_type_taken(header_field(image, header_byte::type))) {
+  if (!is_accepted_type(header_field(image, header_byte::type))) {
     return CFC_ERR_FW_TYPE;
   }
   if (image_header_crc(image) != header_field(image, header_word::header_crc)) {

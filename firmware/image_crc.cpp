@@ -1,16 +1,15 @@
-// CRC-32, four bytes at a step, several steps at a time.
+// CRC-32, four bytes per step, several steps in parallel.
 //
-// A step takes four bytes out of the remainder with one look into each of four tables. Steps depend
-// on each other, so a processor that can do several things at once would wait: there the data is
-// dealt out, word by word, to independent remainders ("lanes"), which are put together at the last
-// round. What a table says is then where a byte's remainder stands one whole round later.
+// A step processes four bytes of the remainder with one lookup in each of four tables. Steps depend
+// on each other, so a superscalar processor would wait for each of them. For such a processor the
+// data is distributed, word by word, to independent remainders ("lanes"), which are combined in the
+// last round. A table entry is then the remainder of a byte after one complete round.
 //
-// All remainders are kept as they lie in memory, least significant byte first, so that a word is
-// loaded and folded in without turning it round on a big-endian machine.
+// All remainders are stored in memory order, least significant byte first, so that a big-endian
+// machine need not swap the bytes of each word that it loads.
 //
-// Cost in constants: 4 KiB with one lane, 5 KiB with more. One lane is what suits the 32-bit
-// target, which does one thing at a time; the number for 64-bit machines was found by measuring
-// (bench/).
+// Cost in constants: 4 KiB with one lane, 5 KiB with more. One lane suits the 32-bit target, which
+// executes one instruction at a time; the number for 64-bit machines was measured (bench/).
 #include "firmware/image_crc.h"
 
 #include <bit>
@@ -26,24 +25,24 @@ constexpr std::size_t lanes = sizeof(void*) == 4 ? 1 : 12;
 constexpr std::size_t step_bytes = 4;
 constexpr std::size_t round_bytes = step_bytes * lanes;
 
-/// Turns a number into its form in memory, least significant byte first, and back.
+/// Converts a number to memory order, least significant byte first, and back.
 constexpr std::uint32_t memory_order(std::uint32_t value) {
   return little_endian ? value
                        : value << 24 | (value & 0xFF00) << 8 | (value >> 8 & 0xFF00) | value >> 24;
 }
 
-/// The byte that stands n-th in memory.
+/// The n-th byte in memory.
 constexpr std::uint32_t byte_at(std::uint32_t word, std::size_t n) {
   return word >> (little_endian ? 8 * n : 24 - 8 * n) & 0xFF;
 }
 
-/// What is left when the first byte is taken off.
-constexpr std::uint32_t behind_first(std::uint32_t word) {
+/// The word without its first byte.
+constexpr std::uint32_t without_first_byte(std::uint32_t word) {
   return little_endian ? word >> 8 : word << 8;
 }
 
-// Rows of the tables: the remainder of a word's n-th byte at the end of a round, and that of one
-// byte a byte later, which with one lane is the same as that of a word's last byte.
+// Rows of the tables: the remainder of a word's n-th byte at the end of a round, and that of a
+// single byte after one byte. With one lane the latter is the same as that of a word's last byte.
 constexpr std::size_t one_byte_row = lanes == 1 ? step_bytes - 1 : step_bytes;
 constexpr std::size_t rows = one_byte_row + 1;
 
@@ -92,10 +91,10 @@ std::uint32_t after_round(std::uint32_t word) {
 }
 
 std::uint32_t after_byte(std::uint32_t crc) {
-  return tables.row[one_byte_row][byte_at(crc, 0)] ^ behind_first(crc);
+  return tables.row[one_byte_row][byte_at(crc, 0)] ^ without_first_byte(crc);
 }
 
-struct stretch {
+struct byte_range {
   const std::uint8_t* data;
   std::uint32_t length;
 
@@ -106,12 +105,13 @@ struct stretch {
 };
 
 template <std::size_t... Lane>
-std::uint32_t over_rounds(std::uint32_t crc, stretch& rest, std::index_sequence<Lane...>) {
+std::uint32_t crc_of_rounds(std::uint32_t crc, byte_range& rest, std::index_sequence<Lane...>) {
   std::uint32_t lane[lanes] = {crc};
   for (; rest.length >= 2 * round_bytes; rest.advance(round_bytes)) {
     ((lane[Lane] = after_round(lane[Lane] ^ word_at(rest.data + step_bytes * Lane))), ...);
   }
-  // The last round, one lane after the other, each taking over what the one before it left.
+  // The last round processes one lane after another, each starting from the remainder of the
+  // previous one.
   crc = 0;
   for (const std::uint32_t each : lane) {
     crc ^= each ^ word_at(rest.data);
@@ -126,10 +126,10 @@ std::uint32_t over_rounds(std::uint32_t crc, stretch& rest, std::index_sequence<
 }  // namespace
 
 std::uint32_t image_crc32(std::uint32_t crc, const std::uint8_t* data, std::uint32_t length) {
-  stretch rest{data, length};
+  byte_range rest{data, length};
   crc = memory_order(crc);
   if (rest.length >= 2 * round_bytes) {
-    crc = over_rounds(crc, rest, std::make_index_sequence<lanes>());
+    crc = crc_of_rounds(crc, rest, std::make_index_sequence<lanes>());
   }
   for (; rest.length > 0; rest.advance(1)) {
     crc = after_byte(crc ^ memory_order(*rest.data));

@@ -1,7 +1,8 @@
-// A multi-file image holds, behind its header, a table of part sizes that a zero ends, then the
-// parts, each on the next 4-byte boundary and each a whole image, which may hold parts in turn.
+// A multi-file image contains, after its header, a table of part sizes that ends with a zero, then
+// the parts. Each part starts at the next 4-byte boundary and is a complete image, which may itself
+// contain parts.
 //
-// Sizes come from outside: all sums are made in 64 bits, where four bytes each cannot overflow
+// Sizes are untrusted input: all sums are computed in 64 bits, where 32-bit sizes cannot overflow
 // them.
 #include "firmware/image_parts.h"
 
@@ -15,15 +16,15 @@ namespace {
 
 constexpr std::uint32_t entry_size = 4;
 
-/// Sizes of parts are signed numbers for the tools that make images.
+/// The tools that create images use signed numbers for the sizes of parts.
 constexpr std::uint32_t part_size_max = 0x7FFFFFFF;
 
 std::uint32_t table_entry(const std::uint8_t* image, std::uint32_t index) {
   return big_endian(image + FW_HEADER_SIZE + std::uint64_t{entry_size} * index);
 }
 
-/// How many parts the table tells of; 0 when no zero word ends it inside the data. The zero word
-/// must not be the data's last, on purpose: nothing would be left for the parts.
+/// The number of parts in the table; 0 when no zero word ends it inside the data. The zero word
+/// must not be the last word of the data: no data would be left for the parts.
 std::uint32_t count_parts(const std::uint8_t* image) {
   const std::uint64_t data_size = header_field(image, header_word::data_size);
   std::uint32_t count = 0;
@@ -42,10 +43,10 @@ std::uint64_t rounded_up(std::uint32_t size) {
 
 }  // namespace
 
-// The parts reach as far as the caller's bytes do, on purpose: the data size of the header limits
-// the table alone.
+// The data size of the header limits only the table; the parts may extend to the end of the
+// caller's bytes.
 image_parts::image_parts(const std::uint8_t* image, std::uint32_t size, int nesting)
-    : whole_{image},
+    : image_{image},
       end_{size},
       parts_{nesting > FW_NESTING_MAX ? 0 : count_parts(image)},
       result_{parts_ == 0 ? CFC_ERR_FW_TRUNCATED : CFC_OK} {
@@ -53,17 +54,17 @@ image_parts::image_parts(const std::uint8_t* image, std::uint32_t size, int nest
 }
 
 bool image_parts::next() {
-  if (taken_ == parts_) {
+  if (visited_ == parts_) {
     return false;
   }
-  part_size_ = table_entry(whole_, taken_);
+  part_size_ = table_entry(image_, visited_);
   if (part_size_ > part_size_max || offset_ + part_size_ > end_) {
     result_ = CFC_ERR_FW_TRUNCATED;
     return false;
   }
-  part_ = whole_ + offset_;
+  part_ = image_ + offset_;
   offset_ += rounded_up(part_size_);
-  ++taken_;
+  ++visited_;
   return true;
 }
 

@@ -1,7 +1,7 @@
-// From an image in memory to the regions of the flash.
+// Writes an image in memory to the regions of the flash.
 //
-// A hostile image cannot make this expensive. Parts of one image do not overlap, so each level of
-// nesting costs one pass over the bytes, and the levels are limited.
+// A hostile image cannot make this expensive: parts of one image do not overlap, so each level of
+// nesting costs one pass over the bytes, and the number of levels is limited.
 #include "firmware/image_write.h"
 
 #include <proreflax/firmware.h>
@@ -31,7 +31,7 @@ std::uint32_t write_parts(const std::uint8_t* image, std::uint32_t size, int nes
   return parts.result();
 }
 
-/// Writes an image; nesting counts the images around it, itself included.
+/// Writes an image. `nesting` counts the images around it, itself included.
 std::uint32_t write_image(const std::uint8_t* image, std::uint32_t size, int nesting) {
   const std::uint32_t result = image_check_header(image, size);
   if (result != CFC_OK) {
@@ -43,7 +43,7 @@ std::uint32_t write_image(const std::uint8_t* image, std::uint32_t size, int nes
   return image_write_part(image, size);
 }
 
-/// Closes the flash device on every way out.
+/// Closes the flash device on every return.
 class flash_closer {
  public:
   flash_closer() = default;

@@ -1,4 +1,4 @@
-// Writing firmware images to the flash device that is open.
+// Writing firmware images to the open flash device.
 #ifndef PROREFLAX_FIRMWARE_IMAGE_WRITE_H
 #define PROREFLAX_FIRMWARE_IMAGE_WRITE_H
 
@@ -6,10 +6,10 @@
 
 namespace proreflax {
 
-/// The flash device: -1 but while upgrade_kernel() runs.
+/// The flash device: -1 except while upgrade_kernel() runs.
 extern int g_flash_fd;
 
-/// The address of the flash device's first byte, as the driver last told it: 0 before the first
+/// The address of the flash device's first byte, as the driver last reported it: 0 before the first
 /// time, all ones after a failure.
 extern std::uint32_t g_flash_base;
 

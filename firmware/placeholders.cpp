@@ -1,4 +1,4 @@
-// Two operations of the interface that this device does not offer.
+// Two operations of the interface that this device does not support.
 #include <proreflax/firmware.h>
 
 #include <cstdint>

@@ -1,8 +1,8 @@
 // Any bytes as a firmware image, against a naive reader: the same result, and the same bytes at the
-// same places of the flash.
+// same offsets of the flash.
 //
-// Random bytes never have right checksums, so the checksums of the image and of whatever parts its
-// tables point to are put right first, unless the input's first byte asks to leave them.
+// Random bytes never have correct checksums, so the checksums of the image and of all parts that
+// its tables describe are corrected first, unless the input's first byte is 0.
 #include <proreflax/firmware.h>
 
 #include <algorithm>
@@ -76,7 +76,7 @@ std::uint32_t naive_check(const bytes& image) {
   return naive_crc(image, 64, 64 + data_size) == word(image, 24) ? 0 : 235;
 }
 
-/// The sizes of the parts; none when the table is bad.
+/// The sizes of the parts; none when the table is malformed.
 std::vector<std::uint64_t> naive_table(const bytes& image) {
   std::vector<std::uint64_t> sizes;
   const std::uint64_t end = 64 + word(image, 12);
@@ -133,8 +133,8 @@ std::uint32_t naive_update(const bytes& image, int depth, writes& flash) {
   return 0;
 }
 
-/// Puts magic and checksums right, those of the parts first.
-void put_right(bytes& image, int depth) {
+/// Corrects magic and checksums, those of the parts first.
+void correct(bytes& image, int depth) {
   if (image.size() < 64 || depth > FW_NESTING_MAX + 1 || word(image, 12) > image.size() - 64) {
     return;
   }
@@ -148,7 +148,7 @@ void put_right(bytes& image, int depth) {
       break;
     }
     bytes part = slice(image, at, size);
-    put_right(part, depth + 1);
+    correct(part, depth + 1);
     std::copy(part.begin(), part.end(), image.begin() + static_cast<std::ptrdiff_t>(at));
     at += size + (4 - size % 4) % 4;
   }
@@ -193,9 +193,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   bytes image{data + 1, data + size};
   if (data[0] != 0) {
-    put_right(image, 1);
+    correct(image, 1);
   }
-  // Exactly as large as the image: the sanitizer sees a byte read too far.
+  // Exactly as large as the image, so that the sanitizer detects a read beyond it.
   const std::unique_ptr<std::uint8_t[]> copy{new std::uint8_t[image.size()]};
   std::copy(image.begin(), image.end(), copy.get());
   written.clear();
@@ -204,8 +204,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   writes expected;
   require(result == naive_update(image, 1, expected), "both readers give the same result");
-  require(written == expected, "both readers write the same to the same places");
+  require(written == expected, "both readers write the same bytes to the same offsets");
   require(std::equal(image.begin(), image.end(), copy.get()), "the image is not changed");
-  require(proreflax::g_flash_fd == -1, "the device is closed again");
+  require(proreflax::g_flash_fd == -1, "the device is closed");
   return 0;
 }

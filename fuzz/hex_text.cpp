@@ -1,5 +1,6 @@
-// Any text as hexadecimal data, against a naive reader; and any data through its text. Text and
-// output stand in blocks of exactly their size, so that one byte too many is seen.
+// Any string as hexadecimal data, against a naive reader; and any data converted to a string and
+// back. Input and output are in blocks of exactly their size, so that access beyond them is
+// detected.
 #include "values/hex_text.h"
 
 #include <algorithm>
@@ -22,7 +23,7 @@ struct exact_block {
   std::size_t size;
 };
 
-/// The digit's value by its place in a list, or -1.
+/// The digit's value by its position in a list, or -1.
 int digit_of(char c) {
   const std::string digits = "0123456789abcdefABCDEF";
   const std::size_t at = digits.find(c);
@@ -74,7 +75,7 @@ void check_reading(const std::string& text) {
   require(result == expected.result, "both readers give the same code");
   expected.data.resize(out.size);
   require(std::equal(expected.data.begin(), expected.data.end(), out.data.get()),
-          "both readers give the same bytes, and nothing behind them is written");
+          "both readers give the same bytes, and nothing after them is written");
 }
 
 void check_round_trip(const bytes& data) {
@@ -83,11 +84,12 @@ void check_round_trip(const bytes& data) {
                                     text.data.get()) == 0,
           "data can be written");
   const std::string written{text.data.get(), text.size};
-  require(written == naive_write(data), "both writers give the same text");
+  require(written == naive_write(data), "both writers give the same string");
   bytes again(data.size());
   const std::uint32_t result = proreflax::cfc_hex_to_bin(
       text.data.get(), static_cast<std::int32_t>(text.size), again.data());
-  require(result == (data.empty() ? 205U : 0U), "all that is written but an empty text is read");
+  require(result == (data.empty() ? 205U : 0U),
+          "what is written can be read, unless data is empty");
   require(again == data, "what is written reads as itself");
 }
 

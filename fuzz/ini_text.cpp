@@ -1,6 +1,6 @@
-// Any bytes as a configuration file. The loader must take and refuse what a naive reader takes and
-// refuses; what it took must be exported to the text that the naive reader's sections give, and
-// that text must load again to the same store.
+// Any bytes as a configuration file. The loader must accept and refuse the same files as a naive
+// reader; what it accepted must be exported as the file that the naive reader's sections give, and
+// loading that file must give the same store.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -28,7 +28,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string_view text{reinterpret_cast<const char*>(data), size};
   naive_store naive;
   const std::uint32_t result = load(text);
-  require(result == naive.load(text), "loader and naive reader take the same texts");
+  require(result == naive.load(text), "loader and naive reader accept the same files");
   if (result != 0) {
     require(is_empty(), "a load that fails leaves an empty store");
     return 0;

@@ -1,4 +1,5 @@
-// Any text as an IPv4 address, against a naive reader; and any address through its text.
+// Any string as an IPv4 address, against a naive reader; and any address converted to a string and
+// back.
 #include <proreflax/config.h>
 
 #include <algorithm>
@@ -25,7 +26,7 @@ std::vector<std::string> cut_at_dots(const std::string& text) {
   return parts;
 }
 
-/// 0 to 255, whatever the number of leading zeros.
+/// 0 to 255, with any number of leading zeros.
 std::optional<std::uint32_t> naive_part(const std::string& part) {
   const bool digits = std::all_of(part.begin(), part.end(),
                                   [](char c) { return std::strchr("0123456789", c) != nullptr; });
@@ -59,7 +60,7 @@ void check_round_trip(std::uint32_t address) {
   char text[16];
   std::uint32_t again = ~address;
   require(translate_u32_to_ip(text, sizeof text, address) == 0, "16 bytes hold any address");
-  require(text == naive_text(address), "both writers give the same text");
+  require(text == naive_text(address), "both writers give the same string");
   require(translate_ip_to_u32(text, &again) == 0, "an address as written can be read");
   require(again == address, "an address as written reads as itself");
 }
@@ -73,7 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::uint32_t address = untouched;
   const std::int32_t result = translate_ip_to_u32(text.c_str(), &address);
   const std::optional<std::uint32_t> expected = naive_address(text);
-  require(result == (expected ? 0 : -1), "both readers take the same texts");
+  require(result == (expected ? 0 : -1), "both readers accept the same strings");
   require(address == expected.value_or(untouched), "both readers give the same address");
   if (size >= sizeof address) {
     std::memcpy(&address, data, sizeof address);

@@ -1,5 +1,4 @@
-// A MAC address as a naive reader takes it from a place of a text: as far as it is well formed,
-// over what was there before.
+// A naive decoder of MAC addresses: overwrites the bytes as far as the address is well formed.
 #ifndef PROREFLAX_FUZZ_NAIVE_MAC_H
 #define PROREFLAX_FUZZ_NAIVE_MAC_H
 

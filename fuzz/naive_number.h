@@ -1,5 +1,5 @@
-// A decimal number as a naive reader takes it: what the C library makes of it as a long, cut to the
-// width of an int.
+// A naive decoder of decimal numbers: the C library's result as a long, truncated to the width of
+// an int.
 #ifndef PROREFLAX_FUZZ_NAIVE_NUMBER_H
 #define PROREFLAX_FUZZ_NAIVE_NUMBER_H
 

@@ -1,4 +1,5 @@
-// Any text as a number, against a naive reader; and any number through each of its written forms.
+// Any string as a number, against a naive reader; and any number written in each form and read
+// back.
 #include "values/number_text.h"
 
 #include <cstddef>
@@ -15,7 +16,7 @@ struct reading {
   std::uint32_t number;
 };
 
-/// A digit's value by its place in a list, or -1.
+/// A digit's value by its position in a list, or -1.
 int digit_of(char c, std::uint32_t base) {
   const std::string digits = base == 16 ? "0123456789abcdef" : "0123456789";
   const char lower = c >= 'A' && c <= 'F' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -23,7 +24,7 @@ int digit_of(char c, std::uint32_t base) {
   return at == std::string::npos ? -1 : static_cast<int>(at);
 }
 
-/// The rules in 64 bits, cut to 32 after every digit.
+/// The rules in 64 bits, truncated to 32 after every digit.
 reading naive_read(std::string text) {
   if (text.empty()) {
     return {204, 0};

@@ -1,6 +1,6 @@
-// Any bytes as a run of requests to the service, each behind its length in one byte. The reply must
-// be the one that a naive reader of the message gives, the store must hold what the naive one
-// holds, and the saved text of the store must load again whatever was asked.
+// Any bytes as a sequence of requests to the service, each preceded by its length in one byte. The
+// reply must be that of a naive reader of the message, the store must have the contents of the
+// naive one, and after any requests the saved file of the store must load again.
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -20,12 +20,12 @@ namespace {
 
 using sections = std::map<std::string, std::map<std::string, std::string>>;
 
-/// The message text as a row of bytes, read at fixed places.
+/// The message text as a sequence of bytes, read at fixed offsets.
 class naive_message {
  public:
   explicit naive_message(std::string_view text) : text_{text} {}
 
-  bool is_whole() const { return text_.size() >= 16 && text_.size() <= 16 + 25 + 50 + 200; }
+  bool is_complete() const { return text_.size() >= 16 && text_.size() <= 16 + 25 + 50 + 200; }
   std::int32_t reply_type() const { return at<std::int32_t>(0); }
   std::uint32_t operation() const { return at<std::uint32_t>(4); }
   std::string_view payload() const { return text_.substr(16); }
@@ -37,7 +37,7 @@ class naive_message {
     return key && key->front() == '[' ? std::nullopt : key;
   }
   std::optional<std::string> value() const {
-    auto value = piece(value_off());
+    auto value = string_at(value_off());
     if (!value || value->size() + 1 != at<std::uint16_t>(14) || value->size() > 199 ||
         value->find_first_of("\r\n") != std::string::npos) {
       return std::nullopt;
@@ -47,26 +47,26 @@ class naive_message {
 
  private:
   template <typename Number>
-  Number at(std::size_t place) const {
+  Number at(std::size_t offset) const {
     Number number{};
-    std::memcpy(&number, text_.data() + place, sizeof number);
+    std::memcpy(&number, text_.data() + offset, sizeof number);
     return number;
   }
 
-  std::optional<std::string> piece(std::size_t place) const {
-    if (place >= payload().size()) {
+  std::optional<std::string> string_at(std::size_t offset) const {
+    if (offset >= payload().size()) {
       return std::nullopt;
     }
-    const std::size_t end = payload().find('\0', place);
+    const std::size_t end = payload().find('\0', offset);
     return end == std::string_view::npos
                ? std::nullopt
-               : std::optional<std::string>{payload().substr(place, end - place)};
+               : std::optional<std::string>{payload().substr(offset, end - offset)};
   }
 
-  std::optional<std::string> name(std::size_t place, std::size_t most,
+  std::optional<std::string> name(std::size_t offset, std::size_t size_max,
                                   const std::string& forbidden) const {
-    auto name = piece(place);
-    if (!name || name->empty() || name->size() > most ||
+    auto name = string_at(offset);
+    if (!name || name->empty() || name->size() > size_max ||
         name->find_first_of(forbidden + "\r\n") != std::string::npos) {
       return std::nullopt;
     }
@@ -109,7 +109,7 @@ naive_reply set(const naive_message& asked, sections& store) {
   return {0, ""};
 }
 
-naive_reply answer(const naive_message& asked, sections& store) {
+naive_reply reply_to(const naive_message& asked, sections& store) {
   switch (asked.operation()) {
     case 1:
       if (const auto name = asked.section()) {
@@ -130,11 +130,11 @@ naive_reply answer(const naive_message& asked, sections& store) {
 }
 
 void check_reply(std::string_view text, sections& store) {
-  // On the heap at its exact size, so that a step beyond the end is seen.
+  // On the heap at its exact size, so that a read beyond the end is detected.
   const std::string request{text};
   const reply given = make_reply(request.data(), request.size());
   if (text.size() < 4) {
-    require(given.type == 0, "a message that names no asker is not answered");
+    require(given.type == 0, "a message that names no client gets no reply");
     return;
   }
   const naive_message asked{text};
@@ -142,13 +142,14 @@ void check_reply(std::string_view text, sections& store) {
     require(given.type == 0, "no process has such a reply type");
     return;
   }
-  const naive_reply expected = asked.is_whole() ? answer(asked, store) : naive_reply{};
-  require(given.type == asked.reply_type(), "the reply goes to its asker");
+  const naive_reply expected = asked.is_complete() ? reply_to(asked, store) : naive_reply{};
+  require(given.type == asked.reply_type(), "the reply goes to its client");
   require(result_of(given) == expected.result, "both give the same result");
-  const bool has_value = asked.is_whole() && asked.operation() == 10 && expected.result == 0;
+  const bool has_value = asked.is_complete() && asked.operation() == 10 && expected.result == 0;
   const std::size_t names = has_value ? asked.value_off() : 0;
   require(given.length == 16 + names + expected.value.size(), "the reply is as long as its value");
-  require(given.length <= text.size() + 200 || !asked.is_whole(), "the reply fits its asker");
+  require(given.length <= text.size() + 200 || !asked.is_complete(),
+          "the reply fits the client's record");
   require(std::string_view(given.text + 16 + names, expected.value.size()) == expected.value,
           "the value is the one stored");
 }
@@ -185,7 +186,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   require(sections_of_store() == naive, "both stores hold the same");
   require(load(exported()) == 0, "what was set can be loaded again");
-  require(sections_of_store() == naive, "the saved text gives the same store again");
+  require(sections_of_store() == naive, "the saved file gives the same store again");
   config_free_all(&g_config_mgmt);
   return 0;
 }

@@ -1,5 +1,5 @@
-// A property that a fuzz target holds its subject to: when it does not hold, the run ends there and
-// the input is kept.
+// Checks a property of the code under test: if it does not hold, the run ends and the input is
+// kept.
 #ifndef PROREFLAX_FUZZ_REQUIRE_H
 #define PROREFLAX_FUZZ_REQUIRE_H
 

@@ -1,4 +1,4 @@
-// The store as text in memory: loaded from bytes, exported to bytes.
+// The store as INI text in memory: loaded from bytes, exported to bytes.
 #ifndef PROREFLAX_FUZZ_STORE_TEXT_H
 #define PROREFLAX_FUZZ_STORE_TEXT_H
 
@@ -14,7 +14,7 @@
 #include "fuzz/require.h"
 #include "store/ini_text.h"
 
-/// One file in memory, filled anew for every load.
+/// Loads the store from a file in memory, which is refilled for every load.
 inline std::uint32_t load(std::string_view text) {
   static const int file = memfd_create("store_text", 0);
   static const std::string path = "/proc/self/fd/" + std::to_string(file);
@@ -35,7 +35,7 @@ inline std::string exported() {
   return all;
 }
 
-/// The export's notice is of no use here.
+/// Suppresses the line that every export prints.
 inline bool silence_export_notice() {
   return std::freopen("/dev/null", "w", stdout) != nullptr;
 }

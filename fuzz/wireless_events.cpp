@@ -1,4 +1,4 @@
-// Any text as the driver's event log, against a naive reader that works on strings.
+// Any bytes as the driver's event log, against a naive reader that uses strings.
 #include <proreflax/wireless.h>
 
 #include <algorithm>
@@ -85,7 +85,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   naive_log expected = naive_read(text);
   require(result == expected.result, "both readers give the same result");
   require(count == expected.count, "both readers give the same count");
-  require(expected.events.size() <= table.size(), "no text holds more rows than the table has");
+  require(expected.events.size() <= table.size(), "the table has room for the rows of any file");
   expected.events.resize(table.size());
   for (std::size_t i = 0; i < table.size(); ++i) {
     check_event(table[i], expected.events[i]);

@@ -1,4 +1,4 @@
-// Any text as the table of associated stations, against a naive reader that works on strings.
+// Any bytes as the table of associated stations, against a naive reader that uses strings.
 #include <proreflax/wireless.h>
 
 #include <algorithm>
@@ -58,7 +58,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   require(result == (found ? 0U : 1U), "both readers find the same header");
   require(count == (found ? static_cast<int>(expected.size()) : unset),
           "both readers give the same count");
-  require(expected.size() <= table.size(), "no text holds more rows than the table has");
+  require(expected.size() <= table.size(), "the table has room for the rows of any file");
   expected.resize(table.size());
   for (std::size_t i = 0; i < table.size(); ++i) {
     require(table[i].number == expected[i].number, "both readers give the same number");

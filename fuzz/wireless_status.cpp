@@ -1,4 +1,4 @@
-// Any text as the status of the wireless interface, against a naive reader that knows no pointers.
+// Any bytes as the status of the wireless interface, against a naive reader without pointers.
 #include <proreflax/wireless.h>
 
 #include <cstddef>
@@ -47,9 +47,9 @@ naive_status naive_read(std::string text) {
 void check_text(const naive_status& status, const char* key, const char* field, std::size_t size) {
   const auto value = status.values.find(key);
   if (value != status.values.end()) {
-    require(value->second.substr(0, size - 1) == field, "both readers keep the same text");
+    require(value->second.substr(0, size - 1) == field, "both readers store the same string");
   } else {
-    require(field[0] == 'U' && field[1] == '\0', "a field without a line is left alone");
+    require(field[0] == 'U' && field[1] == '\0', "a field without a line is unchanged");
   }
 }
 
@@ -66,7 +66,8 @@ void check_number(const naive_status& status, const char* key, std::uint32_t fie
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string all{reinterpret_cast<const char*>(data), size < 4095 ? size : 4095};
   const std::string text = all.substr(0, all.find('\0'));
-  // Exactly as large as the text, and the record alone in its memory: the sanitizer sees each byte.
+  // Copy and record are separate allocations of exactly their size, so that the sanitizer detects
+  // every access beyond them.
   const std::unique_ptr<char[]> copy{new char[text.size() + 1]};
   std::memcpy(copy.get(), text.c_str(), text.size() + 1);
   const std::unique_ptr<wls_11g_status> status{new wls_11g_status};

@@ -49,8 +49,8 @@ access_lock::attempt access_lock::repeat(const char* call) {
   return attempt::again;
 }
 
-/// Raises the marker from 0. The lock of a fresh set is 0 and nobody's: it becomes the service's, and
-/// the kernel raises it to 1 should the service be killed before it is ready.
+/// Raises the marker from 0. The lock of a fresh set is 0 and nobody's: it becomes the service's,
+/// and the kernel raises it to 1 should the service be killed before it is ready.
 access_lock::attempt access_lock::raise_marker(bool fresh) {
   sembuf of_left_over[] = {{marker_semaphore, 0, IPC_NOWAIT}, {marker_semaphore, 1, SEM_UNDO}};
   sembuf of_fresh[] = {{marker_semaphore, 0, IPC_NOWAIT},
@@ -80,8 +80,8 @@ bool access_lock::set_owner(const permissions& allowed) {
   return semctl(id_, 0, IPC_SET, argument) == 0;
 }
 
-/// A client that released the lock without holding it raised it above 1. Both steps at once, so
-/// that the value never falls below 1 by this.
+/// A client that released the lock without holding it raised it above 1. Both steps are one
+/// operation, so that the value never falls below 1.
 void access_lock::lower_to_one() const {
   sembuf steps[] = {{lock_semaphore, -2, IPC_NOWAIT}, {lock_semaphore, 1, 0}};
   while (semop(id_, steps, 2) == 0) {
@@ -98,7 +98,7 @@ access_lock::attempt access_lock::take(const permissions& allowed) {
     return semctl(id_, 0, IPC_RMID) == 0 || has_vanished(errno) ? repeat("semctl")
                                                                 : failure("semctl");
   }
-  // No operation ever succeeded on a fresh set, also one whose creator was killed at once.
+  // No operation has succeeded on a fresh set, even if its creator was killed immediately.
   const bool fresh = state.sem_otime == 0 && semctl(id_, lock_semaphore, GETVAL) == 0;
   if (const attempt raised = raise_marker(fresh); raised != attempt::done) {
     return raised;
@@ -157,7 +157,7 @@ bool access_lock::exists() const {
   return semctl(id_, lock_semaphore, GETVAL) != -1;
 }
 
-/// Once the lock is held and no client waits for it, none can get inside any more.
+/// Takes the lock. Once it is held and no client waits for it, no client can enter any more.
 bool access_lock::nobody_waits() {
   if (!change(id_, {lock_semaphore, -1, IPC_NOWAIT | SEM_UNDO})) {
     return errno != EAGAIN && errno != EINTR;

@@ -1,13 +1,13 @@
-// The semaphore set, as the service owns it.
+// The semaphore set that the service owns.
 //
-// The set has two members: the access lock, and a marker that is 1 while a service lives. The marker
-// is raised with SEM_UNDO, so the kernel lowers it when the service is killed: a service that raises
-// it from 0 owns both keys.
+// The set has two members: the access lock, and a marker that is 1 while a service lives. The
+// marker is raised with SEM_UNDO, so the kernel lowers it when the service is killed. A service
+// that raises it from 0 owns both keys.
 //
 // A set that a killed service left is taken over, never replaced: clients that wait for the lock
-// keep waiting for the same one. Were it removed, they would go on without a lock (that is their
-// rule for a semop that fails) and meet a client that holds the new one. Its value is never set
-// either: a client may hold the lock at that moment, and the kernel's undo brings it back.
+// continue to wait for the same one. If it were removed, they would continue without a lock (their
+// rule for a semop that fails), at the same time as a client that holds the new one. Its value is
+// never set either: a client may hold the lock at that moment, and the kernel's undo restores it.
 #ifndef PROREFLAX_SERVICE_ACCESS_LOCK_H
 #define PROREFLAX_SERVICE_ACCESS_LOCK_H
 
@@ -30,14 +30,14 @@ class access_lock {
   /// it, so that clients wait until the service is ready.
   void hold();
 
-  /// Lets clients come. False with errno when the lock cannot be released.
+  /// Releases the lock, so that clients can use the service. False with errno when that fails.
   bool release();
 
   /// Whether clients still find the lock. False with errno when it was removed.
   bool exists() const;
 
-  /// Removes the set. Clients that wait for the lock come through first, for two seconds at most:
-  /// the queue must be gone already, so that they leave again with "no queue".
+  /// Removes the set. Clients that wait for the lock get it first, for two seconds at most. The
+  /// queue must already be removed, so that they return with "no queue".
   void remove();
 
  private:

@@ -15,8 +15,8 @@ bool is_changed() {
   return (g_config_mgmt.flags & CFG_DIRTY) != 0;
 }
 
-/// The engine has put the factory settings in place and tried to save them, but does not report
-/// whether it could. No child that ended means that none was started.
+/// The engine has loaded the factory settings and tried to save them, but does not report whether
+/// it succeeded. If no child process ended, none was started.
 void check_save_of_factory_settings(unsigned children_before) {
   if (ended_children() == children_before || !last_child_succeeded()) {
     g_config_mgmt.flags |= CFG_DIRTY;
@@ -40,7 +40,8 @@ void configuration::load_saved() {
     const std::uint32_t result = load_settings(temporary_file);
     from_flash_ = result == CFC_OK;
     if (result != CFC_OK && result != CFC_ERR_BAD_VALUE) {
-      log_line(log_level::error, "%s cannot be loaded: result %u", temporary_file, result);
+      log_line(log_level::error, "%s cannot be loaded: %s (%u %s)", temporary_file,
+               cfc_result_text(result), result, cfc_result_name(result));
       flash_ = saved_configuration::unreadable;
     }
   }
@@ -54,7 +55,8 @@ bool configuration::load() {
     return true;
   }
   const unsigned children_before = ended_children();
-  const std::uint32_t result = flash_unreadable() ? load_factory_settings() : config_to_default();
+  // The engine finds nothing to load on flash either, and puts the factory settings there.
+  const std::uint32_t result = flash_unreadable() ? load_factory_settings() : config_center_init();
   if (result != CFC_OK) {
     log_missing_configuration(result);
     return false;
@@ -64,7 +66,8 @@ bool configuration::load() {
              "the saved configuration could not be read: the factory settings are served from "
              "memory, and flash is left alone until a program asks for a flush");
   } else {
-    check_save_of_factory_settings(children_before);
+    const unsigned reads = 1;
+    check_save_of_factory_settings(children_before + reads);
   }
   return true;
 }

@@ -17,11 +17,11 @@ namespace proreflax {
 
 class configuration {
  public:
-  /// Loads the saved configuration or the factory settings. False, with an error logged, when there
-  /// is neither.
+  /// Loads the saved configuration or the factory settings. False, with an error logged, when
+  /// neither can be loaded.
   bool load();
 
-  /// What the requests of the same names do. Each blocks signals while the flash tool runs.
+  /// Execute the requests of these names. Each blocks signals while the flash tool runs.
   std::uint32_t flush();
   std::uint32_t reset();
 

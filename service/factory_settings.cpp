@@ -10,17 +10,17 @@
 namespace proreflax {
 namespace {
 
-/// Adds one line to the store. As during a load of the engine, `cache` is the current section.
+/// Adds one line to the store. As in the engine's own load, `cache` is the current section.
 std::uint32_t add_line(char* text) {
   const ini_line line = read_ini_line(text);
-  if (line.fault != line_fault::none) {
+  if (line.error != line_error::none) {
     return CFC_ERR_BAD_VALUE;
   }
-  if (line.kind == line_kind::header) {
+  if (line.type == line_type::header) {
     g_config_mgmt.cache = segment_alloc(line.name);
     return g_config_mgmt.cache == nullptr ? CFC_ERR_NO_MEMORY : CFC_OK;
   }
-  if (line.kind == line_kind::entry) {
+  if (line.type == line_type::entry) {
     const cfg_segment* const section = g_config_mgmt.cache;
     if (section == nullptr) {
       return CFC_ERR_BAD_VALUE;

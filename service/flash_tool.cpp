@@ -15,7 +15,7 @@ namespace {
 
 constexpr int exit_no_tool = 127;
 
-// The engine waits for its children itself; the kernel tells the handler the same status.
+// The engine waits for its children itself; the signal handler receives the same status.
 volatile sig_atomic_t children;
 volatile sig_atomic_t last_child_code = CLD_EXITED;
 volatile sig_atomic_t last_child_status;
@@ -85,12 +85,12 @@ saved_configuration read_flash() {
 }
 
 void block_signals(sigset_t* before) {
-  sigset_t most;
-  sigfillset(&most);
+  sigset_t blocked;
+  sigfillset(&blocked);
   for (const int needed : {SIGCHLD, SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS}) {
-    sigdelset(&most, needed);
+    sigdelset(&blocked, needed);
   }
-  sigprocmask(SIG_BLOCK, &most, before);
+  sigprocmask(SIG_BLOCK, &blocked, before);
 }
 
 }  // namespace proreflax

@@ -1,7 +1,8 @@
-// The flash copy tool, as far as the service watches over what the store engine does with it.
+// How the service observes the store engine's use of the flash copy tool.
 //
-// The engine reports less than the service must know: that a save of the factory settings failed
-// (it ignores the result), and why a read failed (it takes every failure for "nothing saved").
+// The engine does not report everything that the service must know: that a save of the factory
+// settings failed (it ignores the result), and why a read failed (it treats every failure as
+// "nothing saved").
 #ifndef PROREFLAX_SERVICE_FLASH_TOOL_H
 #define PROREFLAX_SERVICE_FLASH_TOOL_H
 
@@ -14,7 +15,7 @@ namespace proreflax {
 /// Exit status of "writeflash -r" when nothing was saved yet.
 inline constexpr int exit_nothing_saved = 3;
 
-/// Begins to note how child processes end.
+/// Starts recording how child processes end.
 void watch_children();
 
 /// How many child processes have ended, and whether the last one exited with status 0.
@@ -27,12 +28,11 @@ enum class saved_configuration : std::uint8_t { readable, nothing_saved, unreada
 /// whatever the result. An error is logged.
 saved_configuration read_flash();
 
-/// Blocks signals from processes and terminals: one to the whole process group would end the flash
-/// tool in the middle of a save. The tool inherits the mask. `before` receives
-/// the earlier one.
+/// Blocks signals from processes and terminals: a signal to the process group would end the flash
+/// tool in the middle of a save. The tool inherits the mask. `before` receives the previous one.
 void block_signals(sigset_t* before = nullptr);
 
-/// Does so while it exists.
+/// Blocks these signals while it exists.
 class blocked_signals {
  public:
   blocked_signals() { block_signals(&before_); }

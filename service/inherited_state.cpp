@@ -10,8 +10,8 @@
 namespace proreflax {
 namespace {
 
-/// Another open file of the same pipe or terminal; -1 where the system offers none.
-int open_anew(int descriptor) {
+/// A separate open file of the same pipe or terminal; -1 if the system does not provide one.
+int reopen(int descriptor) {
   char path[40];
   std::snprintf(path, sizeof path, "/proc/self/fd/%d", descriptor);
   return open(path, O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
@@ -35,9 +35,9 @@ void never_wait_for_reader(int descriptor) {
   if (fstat(descriptor, &about) != 0 || S_ISREG(about.st_mode)) {
     return;
   }
-  if (const int anew = S_ISSOCK(about.st_mode) ? -1 : open_anew(descriptor); anew != -1) {
-    dup2(anew, descriptor);
-    close(anew);
+  if (const int reopened = S_ISSOCK(about.st_mode) ? -1 : reopen(descriptor); reopened != -1) {
+    dup2(reopened, descriptor);
+    close(reopened);
     return;
   }
   if (const int flags = fcntl(descriptor, F_GETFL); flags != -1) {

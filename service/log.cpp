@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* level_names[] = {"error", "warning", "info", "debug"};
 
-log_level most_shown = log_level::info;
+log_level level_max = log_level::info;
 unsigned long dropped_lines;
 bool ends_in_a_part;
 
@@ -23,8 +23,8 @@ const char* name_of(log_level level) {
 }
 
 /// One write, so that lines of several processes do not mix. False when there is no room; a log
-/// that cannot be written at all is no reason to count. A terminal may take a part of the line: that
-/// counts as dropped, and the next line starts on its own.
+/// that cannot be written at all is no reason to count. A terminal may take a part of the line:
+/// that counts as dropped, and the next line starts on its own.
 bool write_line(log_level level, const char* text) {
   char line[440];
   std::snprintf(line, sizeof line, "%sconfig-center: %s: %s\n", ends_in_a_part ? "\n" : "",
@@ -40,8 +40,8 @@ bool write_line(log_level level, const char* text) {
 
 }  // namespace
 
-void set_log_level(log_level most) {
-  most_shown = most;
+void set_log_level(log_level max) {
+  level_max = max;
 }
 
 bool read_log_level(const char* name, log_level* level) {
@@ -66,13 +66,13 @@ void log_dropped_lines() {
 }
 
 void log_line(log_level level, const char* format, ...) {
-  if (level > most_shown) {
+  if (level > level_max) {
     return;
   }
   char text[400];
   std::va_list arguments;
   va_start(arguments, format);
-  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the line above is not understood
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the analyzer misses va_start above
   std::vsnprintf(text, sizeof text, format, arguments);
   va_end(arguments);
   log_dropped_lines();

@@ -1,7 +1,8 @@
 // config-center: the configuration-center service.
 //
 // Owns the store and answers every program of the device, one request at a time. Runs in the
-// foreground; SIGTERM, SIGINT, SIGQUIT and SIGHUP end it: what was set is flushed, lock and queue are removed.
+// foreground; SIGTERM, SIGINT, SIGQUIT and SIGHUP end it: what was set is flushed, lock and queue
+// are removed.
 #include <proreflax/result_text.h>
 #include <proreflax/store.h>
 #include <signal.h>
@@ -30,18 +31,18 @@ namespace {
 constexpr int exit_failed = 1;
 
 volatile sig_atomic_t stop_signal;
-volatile sig_atomic_t timer_came;
+volatile sig_atomic_t timer_expired;
 
 void on_stop(int signal) {
   stop_signal = signal;
 }
 
 void on_timer(int /*signal*/) {
-  timer_came = 1;
+  timer_expired = 1;
 }
 
-/// Handlers interrupt the wait for a request, and nothing else; a signal that just misses that wait
-/// is seen at the next tick.
+/// Handlers interrupt only the wait for a request; a signal that arrives just before that wait is
+/// noticed at the next tick.
 void handle(int signal, void (*handler)(int)) {
   struct sigaction action {};
   action.sa_handler = handler;
@@ -71,36 +72,36 @@ const char* name_of(effect before) {
   return before == effect::flush ? "flush" : "reset to defaults";
 }
 
-void execute(effect before, service& self, reply* answer) {
+void execute(effect before, service& self, reply* pending) {
   if (before == effect::none) {
     return;
   }
   const std::uint32_t result = before == effect::flush ? self.served.flush() : self.served.reset();
-  set_result(*answer, result);
+  set_result(*pending, result);
   log_line(result == CFC_OK ? log_level::info : log_level::error, "%s: %s (%u %s)", name_of(before),
            cfc_result_text(result), result, cfc_result_name(result));
   self.state.write_status(self.served);
 }
 
 void serve(service& self, const incoming& request) {
-  reply answer = make_reply(request.text, request.length);
-  if (answer.type == 0) {
+  reply result = make_reply(request.text, request.length);
+  if (result.type == 0) {
     log_line(log_level::warning, "a message of %zu bytes names nobody to answer; dropped",
              request.length);
     return;
   }
-  execute(answer.before, self, &answer);
-  log_line(log_level::debug, "client %ld: %zu bytes, result %u", answer.type - reply_type_bias,
-           request.length, result_of(answer));
-  if (!self.channel.send(answer)) {
-    log_line(log_level::error, "no reply to process %ld: %s", answer.type - reply_type_bias,
+  execute(result.before, self, &result);
+  log_line(log_level::debug, "client %ld: %zu bytes, result %u", result.type - reply_type_bias,
+           request.length, result_of(result));
+  if (!self.channel.send(result)) {
+    log_line(log_level::error, "no reply to process %ld: %s", result.type - reply_type_bias,
              std::strerror(errno));
   }
 }
 
-/// What is due once a second at least. False when the lock is lost.
+/// Periodic work, at least once a second. False when the lock is lost.
 bool tick(service& self) {
-  timer_came = 0;
+  timer_expired = 0;
   self.channel.sweep();
   log_dropped_lines();
   if (!self.channel.has_lock()) {
@@ -110,7 +111,7 @@ bool tick(service& self) {
   return true;
 }
 
-/// Serves until a signal ends it, or lock or queue are lost.
+/// Serves requests until a stop signal, or until lock or queue are lost.
 bool serve_all(service& self) {
   incoming request;
   while (stop_signal == 0) {
@@ -124,7 +125,7 @@ bool serve_all(service& self) {
         log_line(log_level::error, "the request queue is gone: %s", std::strerror(errno));
         return false;
     }
-    if (timer_came != 0 && !tick(self)) {
+    if (timer_expired != 0 && !tick(self)) {
       return false;
     }
   }
@@ -187,8 +188,8 @@ int main(int argc, char** argv) {
     return exit_failed;
   }
   const service_options options = read_options(argc, argv);
-  // The saved configuration holds passwords: what this process and its flash tool create is for
-  // their own user alone.
+  // The saved configuration contains passwords: only the user of the service may read files that it
+  // and its flash tool create.
   umask(S_IRWXG | S_IRWXO);
   never_wait_for_reader(STDOUT_FILENO);
   never_wait_for_reader(STDERR_FILENO);

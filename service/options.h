@@ -12,8 +12,8 @@ struct service_options {
   const char* state_path = PROREFLAX_DEVICE_ROOT "/run/proreflax";
 };
 
-/// Reads the options and sets the log level. Ends the process where they are wrong, or ask for
-/// help or the version.
+/// Reads the options and sets the log level. Ends the process if they are wrong, or if help or the
+/// version is requested.
 service_options read_options(int argc, char** argv);
 
 }  // namespace proreflax

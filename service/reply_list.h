@@ -1,7 +1,7 @@
-// Replies that found no room on the queue, in the order in which they are to be sent.
+// Replies for which the queue had no room, in the order in which they will be sent.
 //
-// At most one per client, so their number is bounded by the processes that live: those of dead
-// clients are removed with every sweep.
+// There is at most one per client, so their number is limited by that of live processes: those of
+// dead clients are removed with every sweep.
 #ifndef PROREFLAX_SERVICE_REPLY_LIST_H
 #define PROREFLAX_SERVICE_REPLY_LIST_H
 
@@ -14,7 +14,7 @@ namespace proreflax {
 struct kept_reply {
   kept_reply* next;
   std::size_t length;
-  long type;  // with the bytes after it, a message as msgsnd() takes it
+  long type;  // together with the bytes after it, a message for msgsnd()
   char* text() { return reinterpret_cast<char*>(this + 1); }
 };
 
@@ -52,7 +52,7 @@ class reply_list {
     std::free(removed);
   }
 
-  /// Removes the replies whose type fulfils the condition.
+  /// Removes the replies whose type satisfies the condition.
   template <typename Condition>
   void remove_if(Condition condition) {
     for (kept_reply** link = &first_; *link != nullptr;) {

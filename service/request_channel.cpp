@@ -16,7 +16,7 @@ namespace {
 constexpr long sweep_soon_ms = 10;
 constexpr long sweep_idle_ms = 1000;
 
-/// Replies that may be left on the queue beyond those of the last sweep before the next one.
+/// Number of new replies left on the queue after which a sweep is done early.
 constexpr std::size_t left_between_sweeps = 64;
 
 struct wire_message {
@@ -97,7 +97,7 @@ bool request_channel::open(const permissions& allowed) {
 
 bool request_channel::receive(int flags, incoming* request) const {
   wire_message message;
-  // Cut rather than left: a message that nobody can take would block all that follow.
+  // Truncated instead of left: a message that is never received would block all that follow.
   const ssize_t length =
       msgrcv(queue_, &message, sizeof request->text, request_type, flags | MSG_NOERROR);
   if (length < 0) {
@@ -138,23 +138,23 @@ bool request_channel::is_superseded(long type) const {
   return false;
 }
 
-/// Removes earlier replies to a client that is about to get another.
+/// Removes earlier replies to a client before the next one is sent.
 void request_channel::discard(long type) const {
   wire_message message;
   while (msgrcv(queue_, &message, sizeof message.text, type, IPC_NOWAIT | MSG_NOERROR) >= 0) {
   }
 }
 
-bool request_channel::limit_bytes(std::size_t most) const {
+bool request_channel::limit_bytes(std::size_t max) const {
   msqid_ds state{};
   if (msgctl(queue_, IPC_STAT, &state) != 0) {
     return false;
   }
-  state.msg_qbytes = most;
+  state.msg_qbytes = max;
   return msgctl(queue_, IPC_SET, &state) == 0;
 }
 
-/// Sends a message, at need into the part of the queue that is closed to requests.
+/// Sends a message, if necessary into the part of the queue that is closed to requests.
 bool request_channel::put(const long* message, std::size_t length) const {
   if (msgsnd(queue_, message, length, IPC_NOWAIT) == 0) {
     return true;
@@ -169,27 +169,27 @@ bool request_channel::put(const long* message, std::size_t length) const {
   return sent;
 }
 
-bool request_channel::send(const reply& answer) {
+bool request_channel::send(const reply& reply) {
   if (waiting_messages() > 0) {
     take_waiting_requests();
-    discard(answer.type);
+    discard(reply.type);
   }
-  kept_.remove_if([&](long type) { return type == answer.type; });
-  if (is_superseded(answer.type)) {
+  kept_.remove_if([&](long type) { return type == reply.type; });
+  if (is_superseded(reply.type)) {
     return true;
   }
-  remember(answer.type);
+  expect_on_queue(reply.type);
   wire_message message;
-  message.type = answer.type;
-  std::memcpy(message.text, answer.text, answer.length);
-  if (kept_.empty() && put(&message.type, answer.length)) {
+  message.type = reply.type;
+  std::memcpy(message.text, reply.text, reply.length);
+  if (kept_.empty() && put(&message.type, reply.length)) {
     return true;
   }
   if (kept_.empty() && errno != EAGAIN && errno != ENOMEM) {
     return false;
   }
   const bool first = kept_.empty();
-  if (!kept_.append(answer.type, answer.text, answer.length)) {
+  if (!kept_.append(reply.type, reply.text, reply.length)) {
     errno = ENOMEM;
     return false;
   }
@@ -200,7 +200,7 @@ bool request_channel::send(const reply& answer) {
   return true;
 }
 
-/// Sends kept replies in order, until one finds no room. A lost queue shows at the next wait.
+/// Sends kept replies in order, while there is room. A lost queue is detected at the next wait.
 void request_channel::send_kept() {
   if (kept_.empty()) {
     return;
@@ -212,7 +212,8 @@ void request_channel::send_kept() {
   }
 }
 
-void request_channel::remember(long type) {
+/// Records that a reply of this type may be on the queue until a sweep finds otherwise.
+void request_channel::expect_on_queue(long type) {
   if (timer_ms_ != sweep_soon_ms) {
     set_timer(sweep_soon_ms);
   }
@@ -228,7 +229,7 @@ void request_channel::remember(long type) {
 void request_channel::sweep() {
   remove_unclaimed();
   send_kept();
-  // Less and less often while the same replies are left, and at rest once none is.
+  // Less and less often while the same replies are left, and at the idle interval once none is.
   const long later_ms = timer_ms_ * 2 < sweep_idle_ms ? timer_ms_ * 2 : sweep_idle_ms;
   const long next_ms = !kept_.empty()           ? sweep_soon_ms
                        : unclaimed_.size() == 0 ? sweep_idle_ms
@@ -238,8 +239,8 @@ void request_channel::sweep() {
   }
 }
 
-/// Takes the next message that is not a request, and keeps it if it is a reply that a client may
-/// still take.
+/// Receives the next message that is not a request, and keeps it if it is a reply that a client may
+/// still receive.
 request_channel::taken request_channel::take_other_message(type_set* left) {
   wire_message message;
   const ssize_t length = msgrcv(queue_, &message, sizeof message.text, request_type,
@@ -255,13 +256,13 @@ request_channel::taken request_channel::take_other_message(type_set* left) {
   if (left->add(type) && kept_.append(type, message.text, static_cast<std::size_t>(length))) {
     return taken::message;
   }
-  // It goes back at once, and the sweep ends: it would only meet it again.
+  // It goes back immediately, and the sweep ends: it would only receive the same message again.
   static_cast<void>(put(&message.type, static_cast<std::size_t>(length)));
   return taken::no_memory;
 }
 
-/// Takes every message but the requests off the queue. What a live client may still take is kept,
-/// and goes back when all were seen: a sweep that put it back at once would meet it again.
+/// Receives every message except the requests. Replies that a live client may still receive are
+/// kept, and go back after all were seen: otherwise the sweep would receive them again.
 void request_channel::remove_unclaimed() {
   type_set left;
   bool complete = true;

@@ -1,16 +1,16 @@
-// The service's end of lock and queue.
+// The service's side of lock and queue.
 //
 // Replies travel on one queue with the requests, each under its client's process id. A client that
 // was killed, or gave up on a signal, leaves its reply on the queue; and anyone who may write to it
 // may flood it. Four rules keep an honest client safe from both:
 //
-//  1. A reply is dropped, also one that was kept, when one of the next requests is its client's: the
-//     client no longer waits for it. Earlier replies to the same client are removed before another
-//     is sent.
+//  1. A reply is dropped, also one that was kept, when one of the next requests is its client's:
+//     the client no longer waits for it. Earlier replies to the same client are removed before
+//     another is sent.
 //  2. A sweep, 10 ms after a reply and then ever less often while one is left, removes those of
 //     dead clients, and with them whatever is neither a request nor a reply of this service.
-//  3. Sending never blocks. A quarter of the queue is closed to requests: it opens for the moment in
-//     which a reply is sent that finds no room otherwise.
+//  3. Sending never blocks. A quarter of the queue is closed to requests: it opens for the moment
+//     in which a reply is sent that finds no room otherwise.
 //  4. A reply that finds no room even so is kept in memory, and tried again after every request
 //     that is taken off the queue and with every sweep. No reply to a live client is ever dropped
 //     for another one.
@@ -28,8 +28,8 @@
 
 namespace proreflax {
 
-/// A request as it came off the queue. One byte of room beyond the longest, so that a longer one
-/// shows.
+/// A request as received. The text has room for one byte more than the longest request, so that a
+/// longer one is detected.
 struct incoming {
   std::size_t length = 0;
   char text[request_text_max + 1] = {};
@@ -40,11 +40,12 @@ class request_channel {
   using claim_result = access_lock::claim_result;
 
   /// Claims the lock, and removes the queue that a killed service left: its clients stop waiting
-  /// for replies that nobody will send. After `failed`, failed_call() and errno say why.
+  /// for replies that will never be sent. After `failed`, failed_call() and errno say why.
   claim_result claim(const permissions& allowed);
   const char* failed_call() const { return failed_call_; }
 
-  /// Creates the queue and releases the lock: clients may come. False as above when it cannot.
+  /// Creates the queue and releases the lock, so that clients can use the service. False with
+  /// failed_call() and errno when that fails.
   bool open(const permissions& allowed);
 
   enum class wait_result : std::uint8_t { request, interrupted, lost };
@@ -54,16 +55,16 @@ class request_channel {
 
   /// Sends a reply, or drops it when its client no longer waits for it, or keeps it until there is
   /// room. False with errno when it can do none of these.
-  bool send(const reply& answer);
+  bool send(const reply& reply);
 
-  /// Removes what nobody waits for, and sends what was kept. To be called whenever the timer's
-  /// signal, SIGALRM, has come: once a second at least.
+  /// Removes messages that no client waits for, and sends kept replies. Call it after every signal
+  /// of the timer, SIGALRM: at least once a second.
   void sweep();
 
   /// Whether clients still find the lock. False with errno when it was removed.
   bool has_lock() const { return lock_.exists(); }
 
-  /// Removes the queue, lets those who wait for the lock come through, and removes the lock.
+  /// Removes the queue, gives the lock to the clients that wait for it, and removes the lock.
   void close();
 
  private:
@@ -77,9 +78,9 @@ class request_channel {
   bool is_superseded(long type) const;
   void discard(long type) const;
   bool put(const long* message, std::size_t length) const;
-  bool limit_bytes(std::size_t most) const;
+  bool limit_bytes(std::size_t max) const;
   void send_kept();
-  void remember(long type);
+  void expect_on_queue(long type);
   void remove_unclaimed();
   taken take_other_message(type_set* left);
   std::size_t waiting_messages() const;
@@ -89,7 +90,7 @@ class request_channel {
   int queue_ = -1;
   const char* failed_call_ = "";
 
-  // How many bytes the queue takes from clients, and from the service.
+  // How many bytes the queue accepts from clients, and from the service.
   std::size_t request_bytes_ = 0;
   std::size_t reply_bytes_ = 0;
 
@@ -98,7 +99,7 @@ class request_channel {
   std::size_t swept_size_ = 0;
   reply_list kept_;
 
-  // Requests taken off a full queue, or seen early; a ring.
+  // Requests received early, to make room on the queue or to find superseded replies; a ring.
   static constexpr std::size_t backlog_max = 16;
   incoming backlog_[backlog_max];
   std::size_t backlog_first_ = 0;

@@ -19,13 +19,13 @@ constexpr mode_t for_everyone_to_read = 0644;
 
 bool create_directory(const char* path) {
   if (mkdir(path, for_everyone_to_enter) == 0) {
-    // Whatever the service's umask is.
+    // Regardless of the service's umask.
     return chmod(path, for_everyone_to_enter) == 0;
   }
   return errno == EEXIST;
 }
 
-/// The parent too, where it is missing.
+/// Creates the parent too, if it is missing.
 bool create_with_parent(const char* path) {
   if (create_directory(path)) {
     return true;
@@ -56,7 +56,7 @@ state_directory::state_directory(const char* path) : started_{static_cast<long>(
   }
 }
 
-/// Only the first: what hinders one status hinders them all.
+/// Reports only the first failure: the cause usually affects all later writes too.
 void state_directory::report(const char* what, const char* path) {
   if (!reported_) {
     log_line(log_level::warning, "%s %s: %s", what, path, std::strerror(errno));

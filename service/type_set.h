@@ -1,4 +1,4 @@
-// A set of message types that grows as far as there is memory.
+// A set of message types that grows as long as memory is available.
 #ifndef PROREFLAX_SERVICE_TYPE_SET_H
 #define PROREFLAX_SERVICE_TYPE_SET_H
 

@@ -8,34 +8,34 @@ namespace proreflax::settings {
 namespace {
 
 struct fault_row {
-  line_fault fault;
+  line_error fault;
   std::string_view rule;
   std::string_view sentence;
 };
 
-/// The faults of one line that lies in the loader's buffer as a whole, in the order of line_fault.
+/// The faults of one line that lies in the loader's buffer as a whole, in the order of line_error.
 constexpr std::array fault_rows{
-    fault_row{line_fault::none, "none", "no fault"},
-    fault_row{line_fault::begins_with_nul, "nul-byte", "the line begins with a NUL byte"},
-    fault_row{line_fault::too_short, "too-short",
+    fault_row{line_error::none, "none", "no fault"},
+    fault_row{line_error::begins_with_nul, "nul-byte", "the line begins with a NUL byte"},
+    fault_row{line_error::too_short, "too-short",
               "the line is too short: an entry has at least 4 bytes with its LF, so a key of one "
               "character needs a value, and a header needs a name"},
-    fault_row{line_fault::no_line_feed, "no-line-feed", "the last line does not end in LF"},
-    fault_row{line_fault::header_not_closed, "header-not-closed",
+    fault_row{line_error::no_line_feed, "no-line-feed", "the last line does not end in LF"},
+    fault_row{line_error::header_not_closed, "header-not-closed",
               "the section header does not end in \"]\""},
-    fault_row{line_fault::name_too_long, "name-too-long",
+    fault_row{line_error::name_too_long, "name-too-long",
               "the section name has more than 24 bytes"},
-    fault_row{line_fault::no_key, "no-key",
+    fault_row{line_error::no_key, "no-key",
               "the line is no entry: there is no \"=\", or no key in front of it"},
-    fault_row{line_fault::key_too_long, "key-too-long", "the key has more than 49 bytes"},
-    fault_row{line_fault::value_too_long, "value-too-long", "the value has more than 199 bytes"},
-    fault_row{line_fault::no_section_yet, "no-section-yet",
+    fault_row{line_error::key_too_long, "key-too-long", "the key has more than 49 bytes"},
+    fault_row{line_error::value_too_long, "value-too-long", "the value has more than 199 bytes"},
+    fault_row{line_error::no_section_yet, "no-section-yet",
               "the entry stands in front of the first section header"},
 };
 static_assert(line_name_max == 24 && line_key_max == 49 && line_value_max == 199,
               "the sentences name the limits");
 
-constexpr const fault_row& row_of(line_fault fault) {
+constexpr const fault_row& row_of(line_error fault) {
   return fault_rows[static_cast<std::size_t>(fault)];
 }
 
@@ -56,21 +56,21 @@ struct named_fault {
   std::string sentence;
 };
 
-named_fault name_fault(line_fault fault, std::string_view text) {
+named_fault name_fault(line_error fault, std::string_view text) {
   const std::size_t nul = text.find('\0');
   if (nul != std::string_view::npos) {
     return {"nul-byte", "byte " + std::to_string(nul + 1) +
                             " of the line is a NUL, which ends it for the loader"};
   }
-  if (fault == line_fault::header_not_closed && text.ends_with("]\r\n")) {
+  if (fault == line_error::header_not_closed && text.ends_with("]\r\n")) {
     return {"header-not-closed", "a CR stands between the \"]\" of the section header and the LF"};
   }
   return {row_of(fault).rule, std::string{row_of(fault).sentence}};
 }
 
-bool is_entry(line_fault fault) {
-  return fault == line_fault::none || fault == line_fault::key_too_long ||
-         fault == line_fault::value_too_long;
+bool is_entry(line_error fault) {
+  return fault == line_error::none || fault == line_error::key_too_long ||
+         fault == line_error::value_too_long;
 }
 
 }  // namespace
@@ -89,7 +89,7 @@ void ini_check::line(std::string_view text) {
     judge(text);
     return;
   }
-  const fault_row& row = row_of(line_fault::no_line_feed);
+  const fault_row& row = row_of(line_error::no_line_feed);
   found(row.rule, std::string{row.sentence});
   judge(std::string{text} + '\n');  // what else is wrong with it
 }
@@ -104,18 +104,18 @@ void ini_check::judge(std::string_view text) {
   std::array<char, line_buffer_bytes> buffer{};
   text.copy(buffer.data(), text.size());
   const ini_line line = read_ini_line(buffer.data());
-  if (line.fault != line_fault::none) {
-    const auto [rule, sentence] = name_fault(line.fault, text);
+  if (line.error != line_error::none) {
+    const auto [rule, sentence] = name_fault(line.error, text);
     found(rule, sentence);
   }
-  if (line.kind == line_kind::entry && is_entry(line.fault)) {
+  if (line.type == line_type::entry && is_entry(line.error)) {
     require_section();
   }
 }
 
 void ini_check::require_section() {
   if (!header_seen_) {
-    const fault_row& row = row_of(line_fault::no_section_yet);
+    const fault_row& row = row_of(line_error::no_section_yet);
     found(row.rule, std::string{row.sentence});
   }
 }

@@ -13,9 +13,9 @@ ini_entries read_ini(const std::vector<std::string>& lines) {
     check.line(lines[i]);
     std::string text = lines[i];  // taken apart in place
     const ini_line line = read_ini_line(text.data());
-    if (line.fault == line_fault::none && line.name != nullptr) {
+    if (line.error == line_error::none && line.name != nullptr) {
       section = line.name;
-    } else if (line.fault == line_fault::none && line.key != nullptr) {
+    } else if (line.error == line_error::none && line.key != nullptr) {
       read.entries.push_back({i + 1, section, line.key, line.value});
     }
   }

@@ -120,7 +120,7 @@ parsed_value read_bytes(const field& which, const std::string& text) {
 }  // namespace
 
 std::string known_key::name() const {
-  key_text key;
+  key_string key;
   return format_key(which, index, key);
 }
 
@@ -152,18 +152,18 @@ std::optional<known_key> find_known_key(const std::string& section, const std::s
 }
 
 value_kind kind_of(const field& which) {
-  switch (which.kind) {
-    case proreflax::value_kind::u8:
+  switch (which.type) {
+    case proreflax::value_type::u8:
       return value_kind::u8;
-    case proreflax::value_kind::u16:
+    case proreflax::value_type::u16:
       return value_kind::u16;
-    case proreflax::value_kind::u32:
+    case proreflax::value_type::u32:
       return value_kind::u32;
-    case proreflax::value_kind::ip:
+    case proreflax::value_type::ip:
       return value_kind::ip;
-    case proreflax::value_kind::binary:
+    case proreflax::value_type::binary:
       return value_kind::binary;
-    case proreflax::value_kind::text:
+    case proreflax::value_type::string:
       break;
   }
   return value_kind::string;

@@ -2,7 +2,8 @@
 // waits.
 //
 // Looking takes no lock and sends nothing, so it ends at once whatever state the device is in. A
-// service that was killed leaves lock and queue, but not its marker, which the kernel lowers for it.
+// service that was killed leaves lock and queue, but not its marker, which the kernel lowers for
+// it.
 #ifndef PROREFLAX_SETTINGS_SERVICE_STATE_H
 #define PROREFLAX_SETTINGS_SERVICE_STATE_H
 

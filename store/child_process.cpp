@@ -17,13 +17,13 @@ constexpr int exit_no_gunzip = 225;
 constexpr int exit_no_flash_write = 226;
 constexpr int exit_no_flash_read = 227;
 
-/// Waits for a child, also across signals. `status` stays as it is when the wait fails.
+/// Waits for a child; signals do not end the wait. `status` is unchanged when the wait fails.
 void wait_for(pid_t child, int* status) {
   while (waitpid(child, status, 0) == -1 && errno == EINTR) {
   }
 }
 
-bool ended_well(int status) {
+bool succeeded(int status) {
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
@@ -36,12 +36,12 @@ std::uint32_t config_run_writeflash(int write, const char* path) {
   }
   if (child == 0) {
     execl(flash_tool, flash_tool, write != 0 ? "-w" : "-r", path, nullptr);
-    // Not exit(): the streams that the child inherited are the application's to flush.
+    // Not exit(): it would flush the streams inherited from the application.
     _exit(write != 0 ? exit_no_flash_write : exit_no_flash_read);
   }
   int status = -1;
   wait_for(child, &status);
-  if (ended_well(status)) {
+  if (succeeded(status)) {
     return CFC_OK;
   }
   return write != 0 ? CFC_ERR_FLASH_W : CFC_ERR_FLASH_R;
@@ -57,11 +57,11 @@ std::uint32_t config_run_gzip(int unpack, const char* path) {
     execl(multi_call_binary, unpack != 0 ? "gunzip" : "gzip", path, nullptr);
     _exit(unpack != 0 ? exit_no_gunzip : exit_no_gzip);
   }
-  // After a failed fork this waits for any child, on purpose, and the status starts as success, so
-  // that a failed wait leaves the fork's code standing.
+  // After a failed fork `child` is -1, so this waits for any child. The status starts as success,
+  // so that the result is the fork's code when the wait fails too.
   int status = 0;
   wait_for(child, &status);
-  if (ended_well(status)) {
+  if (succeeded(status)) {
     return result;
   }
   return unpack != 0 ? CFC_ERR_GUNZIP : CFC_ERR_GZIP;

@@ -16,8 +16,8 @@ struct close_file {
 };
 using open_file = std::unique_ptr<std::FILE, close_file>;
 
-/// Adds to a store that anything may have filled before: with a search for each name and key.
-struct any_store {
+/// Adds entries to a store that may already have contents: searches for each name and key.
+struct searching_loader {
   cfg_segment* add_section(const char* name) { return g_config_mgmt.cache = segment_alloc(name); }
 
   std::uint32_t add_item(const char* key, const char* value, std::uint32_t /*value_length*/) {
@@ -25,49 +25,49 @@ struct any_store {
   }
 };
 
-/// Adds through a store_filler in a load, through any_store elsewhere.
-template <typename Store>
-std::uint32_t add_line(Store& store, char* text) {
+/// Uses a bulk_loader for a file, a searching_loader for a single line.
+template <typename Loader>
+std::uint32_t add_line(Loader& loader, char* text) {
   const ini_line line = read_ini_line(text);
-  if (line.fault != line_fault::none) {
+  if (line.error != line_error::none) {
     return CFC_ERR_BAD_VALUE;
   }
-  switch (line.kind) {
-    case line_kind::empty:
+  switch (line.type) {
+    case line_type::empty:
       return CFC_OK;
-    case line_kind::header:
-      return store.add_section(line.name) == nullptr ? CFC_ERR_NO_MEMORY : CFC_OK;
-    case line_kind::entry:
+    case line_type::header:
+      return loader.add_section(line.name) == nullptr ? CFC_ERR_NO_MEMORY : CFC_OK;
+    case line_type::entry:
       break;
   }
   if (g_config_mgmt.cache == nullptr) {
     return CFC_ERR_BAD_VALUE;
   }
-  // An entry that finds no memory is left out, and the load goes on: deliberate.
+  // An entry for which no memory is left is omitted, and the load continues with the next line.
   static_cast<void>(
-      store.add_item(line.key, line.value, static_cast<std::uint32_t>(line.value_length)));
+      loader.add_item(line.key, line.value, static_cast<std::uint32_t>(line.value_length)));
   return CFC_OK;
 }
 
 std::uint32_t load_lines(std::FILE* file) {
-  store_filler store;
+  bulk_loader loader;
   char line[line_buffer_bytes];
   while (std::fgets(line, sizeof line, file) != nullptr) {
-    if (const std::uint32_t result = add_line(store, line); result != CFC_OK) {
+    if (const std::uint32_t result = add_line(loader, line); result != CFC_OK) {
       return result;
     }
   }
-  // A read error counts as the end of the file; a text without a section counts as malformed.
+  // A read error counts as the end of the file; a file without a section counts as malformed.
   return g_config_mgmt.cache == nullptr ? CFC_ERR_BAD_VALUE : CFC_OK;
 }
 
-/// One line of the export, with room for the longest that one-byte lengths allow.
+/// One line of the export, with room for the longest line that one-byte lengths allow.
 class export_line {
  public:
   void add(char c) { bytes_[length_++] = c; }
 
-  void add(const char* text, std::uint8_t length) {
-    std::memcpy(bytes_ + length_, text, length);
+  void add(const char* string, std::uint8_t length) {
+    std::memcpy(bytes_ + length_, string, length);
     length_ += length;
   }
 
@@ -119,8 +119,8 @@ bool export_section(const cfg_segment& section, std::FILE* stream) {
 }  // namespace
 
 std::uint32_t config_parse_line(char* line) {
-  any_store store;
-  return add_line(store, line);
+  searching_loader loader;
+  return add_line(loader, line);
 }
 
 std::uint32_t config_load_file(const char* path) {
@@ -129,7 +129,7 @@ std::uint32_t config_load_file(const char* path) {
   if (file == nullptr) {
     return CFC_ERR_NO_FILE;
   }
-  __fsetlocking(file.get(), FSETLOCKING_BYCALLER);  // no other thread sees the stream
+  __fsetlocking(file.get(), FSETLOCKING_BYCALLER);  // no other thread uses the stream
   const std::uint32_t result = load_lines(file.get());
   if (result != CFC_OK) {
     config_free_all(&g_config_mgmt);
@@ -145,7 +145,7 @@ std::uint32_t config_export(const config_mgmt* root, std::FILE* stream) {
       return CFC_ERR_WRITE;
     }
   }
-  // What the stream still buffers must be out too: a disk that is full shows only here.
+  // A full disk is often detected only when the stream's buffer is flushed.
   if (std::fflush(stream) != 0) {
     return CFC_ERR_WRITE;
   }

@@ -1,4 +1,4 @@
-// The store's life: loaded from flash or from the factory file, written back when asked, reset,
+// The store's life cycle: loaded from flash or from the factory file, flushed on request, reset,
 // closed. The temporary file exists only while config_center_init() or cfc_flush_all() runs.
 #include "store/life_cycle.h"
 
@@ -60,8 +60,8 @@ std::uint32_t cfc_flush_all() {
   if (result == CFC_ERR_NOTHING_TO_FLUSH) {
     return CFC_OK;
   }
-  // The store counts as clean once its text is complete, on purpose: a flash tool that fails is
-  // reported once, and is not run again until another value is set.
+  // The store counts as clean as soon as the temporary file is complete: a failure of the flash
+  // tool is reported once, and the tool is not run again until another value is set.
   if (result == CFC_OK) {
     result = config_run_writeflash(writing, temporary_file);
   }
@@ -72,7 +72,7 @@ std::uint32_t cfc_flush_all() {
 std::uint32_t config_to_default() {
   const std::uint32_t result = config_load_file(factory_file);
   if (result == CFC_OK) {
-    // Defaults that did not reach the flash are still in force; nobody is told.
+    // The defaults are active even if they could not be saved; the failure is not reported.
     static_cast<void>(config_run_writeflash(writing, factory_file));
   }
   return result;

@@ -1,7 +1,7 @@
 // Descriptors 0 to 2, for programs that run the store or write its files.
 //
 // A program that was started with one of them closed gets its number for the next file that it
-// opens: what is printed on standard output would land in the saved configuration.
+// opens: lines printed on standard output would then end up in the saved configuration.
 #ifndef PROREFLAX_STORE_STANDARD_DESCRIPTORS_H
 #define PROREFLAX_STORE_STANDARD_DESCRIPTORS_H
 
@@ -12,11 +12,11 @@
 
 namespace proreflax {
 
-/// Opens each of the three that is closed on /dev/null. To be called before any other file is
-/// opened. False with errno when /dev/null cannot be opened.
+/// Opens /dev/null for each of the three that is closed. Call it before any other file is opened.
+/// False with errno when /dev/null cannot be opened.
 inline bool open_standard_descriptors() {
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
-    // The lowest free number is this very one.
+    // open() returns the lowest free number, which is this one.
     if (fcntl(descriptor, F_GETFD) == -1 && errno == EBADF && open("/dev/null", O_RDWR) == -1) {
       return false;
     }

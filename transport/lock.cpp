@@ -27,8 +27,8 @@ std::uint32_t cfc_get_mutex() {
   if (g_cfc_sem_id == -1) {
     return CFC_ERR_NO_SEM;
   }
-  // A signal does not end the wait. Any other failure counts as success, on purpose: the lock then
-  // no longer exists, and the queue, looked up next, tells whether a service is there.
+  // A signal does not end the wait. Any other failure counts as success: the lock then no longer
+  // exists, and the lookup of the queue below detects whether a service runs.
   while (change_lock(-1) == -1 && errno == EINTR) {
   }
   g_cfc_msq_id = msgget(CFC_MSQ_KEY, 0);

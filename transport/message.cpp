@@ -13,41 +13,41 @@
 namespace proreflax {
 namespace {
 
-/// Replies that are still to come, because a signal interrupted the receive: how many, on which
-/// queue and under which message type. A forked child has another type, and a queue that was
-/// replaced took its replies with it: neither is owed anything. A service may also drop a reply,
-/// so they are looked for in a few exchanges only.
-struct owed_replies {
+/// Replies that have not been received yet because a signal interrupted the receive: how many, on
+/// which queue and with which message type. They do not concern a forked child, whose type differs,
+/// or a new queue: the replies were removed with the old one. A service may also drop a reply, so
+/// only a few exchanges look for them.
+struct pending_replies {
   int queue_id;
   std::int32_t type;
   unsigned count;
-  unsigned looks_left;
+  unsigned attempts_left;
 
   bool are_for(std::int32_t reply_type) const {
-    return count > 0 && looks_left > 0 && type == reply_type && queue_id == g_cfc_msq_id;
+    return count > 0 && attempts_left > 0 && type == reply_type && queue_id == g_cfc_msq_id;
   }
 };
 
-constexpr unsigned looks_for_a_reply = 16;
+constexpr unsigned removal_attempts = 16;
 
-owed_replies owed;
+pending_replies pending;
 
-void note_interruption(std::int32_t reply_type) {
-  const unsigned before = owed.are_for(reply_type) ? owed.count : 0;
-  owed = {g_cfc_msq_id, reply_type, before + 1, looks_for_a_reply};
+void add_pending_reply(std::int32_t reply_type) {
+  const unsigned before = pending.are_for(reply_type) ? pending.count : 0;
+  pending = {g_cfc_msq_id, reply_type, before + 1, removal_attempts};
 }
 
-/// Removes what waits under the process's message type before it sends again. A service that is
+/// Removes the messages of the process's type before it sends the next request. A service that is
 /// still busy with the old request replies later: its reply is then taken for the next one, and the
-/// count stays, so that one of the exchanges to come removes the surplus reply.
-void remove_owed_replies(std::int32_t reply_type) {
-  if (!owed.are_for(reply_type)) {
+/// count stays, so that one of the following exchanges removes the surplus reply.
+void remove_pending_replies(std::int32_t reply_type) {
+  if (!pending.are_for(reply_type)) {
     return;
   }
-  --owed.looks_left;
-  long removed_type = 0;  // without room for the text, which is cut off
+  --pending.attempts_left;
+  long removed_type = 0;  // only the type: MSG_NOERROR discards the message text
   while (msgrcv(g_cfc_msq_id, &removed_type, 0, reply_type, IPC_NOWAIT | MSG_NOERROR) != -1) {
-    owed.count -= owed.count > 0 ? 1 : 0;
+    pending.count -= pending.count > 0 ? 1 : 0;
   }
 }
 
@@ -70,21 +70,21 @@ cfc_msg* cfc_msg_alloc(std::uint32_t payload_bytes) {
 std::uint32_t cfc_exchange(cfc_msg* msg, std::size_t* text_bytes) {
   msg->mtype = request_type;
   msg->reply_mtype = getpid() + reply_type_bias;
-  remove_owed_replies(msg->reply_mtype);
+  remove_pending_replies(msg->reply_mtype);
   if (msgsnd(g_cfc_msq_id, &msg->mtype, msg->used_len - text_off, 0) != 0) {
     const int error = errno;
     std::printf("msq_id=%d, mtype=%d, real_len=%d\n", g_cfc_msq_id, static_cast<int>(msg->mtype),
                 static_cast<int>(msg->used_len));
     return static_cast<std::uint32_t>(error);
   }
-  // No time limit and no truncation flag, on purpose: a reply that is too long stays on the queue.
+  // No time limit and no truncation flag: a reply that is too long stays on the queue.
   msg->mtype = msg->reply_mtype;
   const ssize_t received =
       msgrcv(g_cfc_msq_id, &msg->mtype, msg->capacity - text_off, msg->mtype, 0);
   if (received < 0) {
     const int error = errno;
     if (error == EINTR) {
-      note_interruption(msg->reply_mtype);
+      add_pending_reply(msg->reply_mtype);
     }
     return static_cast<std::uint32_t>(error);
   }
@@ -94,7 +94,7 @@ std::uint32_t cfc_exchange(cfc_msg* msg, std::size_t* text_bytes) {
   return CFC_OK;
 }
 
-std::uint32_t ask(cfc_msg& msg, std::size_t success_bytes) {
+std::uint32_t send_request(cfc_msg& msg, std::size_t success_bytes) {
   std::size_t text_bytes = 0;
   if (const std::uint32_t result = cfc_exchange(&msg, &text_bytes); result != CFC_OK) {
     return result;

@@ -1,11 +1,12 @@
 // The request message: one record that carries every request to the configuration-center service
-// and comes back, rewritten, as its reply.
+// and, rewritten, its reply.
 //
 // A record is a header and a payload: section name, key and value, packed without padding, each
-// with its NUL. The kernel sees a System V message: mtype is its type, and all behind mtype is its
-// text. The text is the same, byte for byte, on 32-bit and 64-bit platforms, so that programs of
-// both widths talk to one service; only what stands before it differs, since the platform's message
-// type is a long. capacity and used_len count the whole record, header included, and never travel.
+// with its NUL. The kernel sees a System V message: mtype is its type, and everything after mtype
+// is its text. The message text is identical on 32-bit and 64-bit platforms, so that programs of
+// both widths can talk to one service; only the part before it differs, since the platform's
+// message type is a long. capacity and used_len count the complete record, header included, and are
+// never sent.
 //
 // Numbers are in the machine's own byte order: a queue never leaves its machine.
 #ifndef PROREFLAX_TRANSPORT_MESSAGE_H
@@ -20,10 +21,10 @@ namespace proreflax {
 
 template <typename MessageType>
 struct basic_cfc_msg {
-  std::uint16_t capacity;                          // bytes allocated for the whole record
+  std::uint16_t capacity;                          // bytes allocated for the complete record
   std::uint16_t used_len;                          // bytes of the record in use
-  alignas(sizeof(MessageType)) MessageType mtype;  // request_type, or the asker's reply type
-  std::int32_t reply_mtype;                        // message type under which the asker waits
+  alignas(sizeof(MessageType)) MessageType mtype;  // request_type, or the client's reply type
+  std::int32_t reply_mtype;                        // message type that the client waits for
   std::uint32_t op_result;                         // request: opcode; reply: result code
   std::uint16_t section_off;                       // offsets count from the start of the payload
   std::uint16_t key_off;
@@ -33,11 +34,11 @@ struct basic_cfc_msg {
 
 using cfc_msg = basic_cfc_msg<long>;
 
-/// What a message text begins with: the header fields from reply_mtype on.
+/// The header of a message text: the header fields from reply_mtype on.
 inline constexpr std::size_t text_off = offsetof(cfc_msg, reply_mtype);
 inline constexpr std::size_t text_header_bytes = sizeof(cfc_msg) - text_off;
 
-/// The part of it that ends with op_result.
+/// The part of this header up to and including op_result.
 inline constexpr std::size_t text_result_bytes = offsetof(cfc_msg, section_off) - text_off;
 
 template <typename Record, std::size_t Mtype, std::size_t Text, std::size_t Header>
@@ -55,10 +56,10 @@ static_assert(text_header_bytes == 16 && text_result_bytes == 8);
 /// The message type of every request.
 inline constexpr long request_type = 1;
 
-/// A reply's message type is its asker's process id plus this.
+/// A reply's message type is its client's process id plus this.
 inline constexpr std::int32_t reply_type_bias = 2;
 
-/// Bytes kept behind section and key for a value and its NUL.
+/// Bytes reserved after section and key for a value and its NUL.
 inline constexpr std::size_t value_room = 200;
 
 enum opcode : std::uint32_t {
@@ -81,18 +82,19 @@ struct free_memory {
 using owned_msg = std::unique_ptr<cfc_msg, free_memory>;
 
 /// Allocates a zeroed record with room for `payload_bytes`; null when there is no memory. The size
-/// of the whole record is cut to 16 bits; a record that would thus lose its own header is refused.
+/// of the complete record is truncated to 16 bits; null also when it would then be smaller than the
+/// header.
 cfc_msg* cfc_msg_alloc(std::uint32_t payload_bytes);
 
-/// Sends the record over the queue that cfc_get_mutex() attached, and waits for the reply into the
-/// same memory. 0 when both succeeded, else the errno of the call that failed. `text_bytes`
-/// receives how much of the message text the reply has overwritten: the rest is still the
-/// request's. Needs the access lock held.
+/// Sends the record over the queue that cfc_get_mutex() found, and receives the reply into the same
+/// memory. 0 when both succeeded, else the errno of the call that failed. `text_bytes` receives how
+/// much of the message text the reply has overwritten: the rest is still the request's. Needs the
+/// access lock held.
 std::uint32_t cfc_exchange(cfc_msg* msg, std::size_t* text_bytes = nullptr);
 
-/// cfc_exchange(), and on its success the service's result. 205 for a reply that does not reach as
-/// far as that, or one that reports success and has less than `success_bytes` of message text.
-std::uint32_t ask(cfc_msg& msg, std::size_t success_bytes = text_result_bytes);
+/// cfc_exchange(), and on its success the service's result. 205 for a reply too short to contain
+/// the result, or one that reports success and has less than `success_bytes` of message text.
+std::uint32_t send_request(cfc_msg& msg, std::size_t success_bytes = text_result_bytes);
 
 }  // namespace proreflax
 

@@ -1,10 +1,10 @@
-// The rules of section names, keys and values: what a
-// client may send, and what the service accepts.
+// The rules of section names, keys and values: what a client may send, and what the service
+// accepts.
 //
-// The three validators walk a text once. What they return for a text that breaks a rule lies
-// outside the range that every caller accepts, so that null, empty, forbidden and too long all end
-// alike. The rules differ on purpose: '[' is refused only where it would begin a key (a saved line
-// would read as a section header), '=' and '*' only in keys.
+// The three validators read a string once. For a string that breaks a rule they return a length
+// outside the range that every caller accepts, so that null, empty, forbidden and too long are all
+// handled alike. The rules differ: '[' is refused only at the beginning of a key (the saved line
+// would be read as a section header), '=' and '*' only in keys.
 #ifndef PROREFLAX_TRANSPORT_NAMES_H
 #define PROREFLAX_TRANSPORT_NAMES_H
 
@@ -26,46 +26,46 @@ constexpr bool is_forbidden_in_key(char c) {
   return c == '=' || c == '*' || is_line_break(c);
 }
 
-/// Length of a text without its NUL, or -1 when it holds a forbidden character.
+/// Length of a string without its NUL, or -1 when it contains a forbidden character.
 template <typename Forbidden>
-constexpr std::int32_t length_without(const char* text, Forbidden forbidden) {
-  constexpr std::size_t most = std::numeric_limits<std::int32_t>::max() - 1;
+constexpr std::int32_t length_without(const char* characters, Forbidden forbidden) {
+  constexpr std::size_t length_max = std::numeric_limits<std::int32_t>::max() - 1;
   std::size_t length = 0;
-  for (; text[length] != '\0'; ++length) {
-    if (forbidden(text[length])) {
+  for (; characters[length] != '\0'; ++length) {
+    if (forbidden(characters[length])) {
       return -1;
     }
   }
-  return static_cast<std::int32_t>(length < most ? length : most);
+  return static_cast<std::int32_t>(length < length_max ? length : length_max);
 }
 
-/// Length of a section name with its NUL; 1 for null, 0 for a name that holds CR or LF.
-constexpr std::int32_t cfc_section_len(const char* text) {
-  return text == nullptr ? 1 : length_without(text, is_line_break) + 1;
+/// Length of a section name with its NUL; 1 for null, 0 for a name that contains CR or LF.
+constexpr std::int32_t cfc_section_len(const char* name) {
+  return name == nullptr ? 1 : length_without(name, is_line_break) + 1;
 }
 
-/// Length of a key with its NUL; 1 for null or a leading '[', 0 for a key that holds '=', '*', CR
-/// or LF.
-constexpr std::int32_t cfc_key_len(const char* text) {
-  return text == nullptr || text[0] == '[' ? 1 : length_without(text, is_forbidden_in_key) + 1;
+/// Length of a key with its NUL; 1 for null or a leading '[', 0 for a key that contains '=', '*',
+/// CR or LF.
+constexpr std::int32_t cfc_key_len(const char* key) {
+  return key == nullptr || key[0] == '[' ? 1 : length_without(key, is_forbidden_in_key) + 1;
 }
 
-/// Length of a value without its NUL; -1 for null or a value that holds CR or LF.
-constexpr std::int32_t cfc_value_len(const char* text) {
-  return text == nullptr ? -1 : length_without(text, is_line_break);
+/// Length of a value without its NUL; -1 for null or a value that contains CR or LF.
+constexpr std::int32_t cfc_value_len(const char* value) {
+  return value == nullptr ? -1 : length_without(value, is_line_break);
 }
 
-/// A validator's result for a name: 1 to `max` characters and the NUL.
+/// Whether a validator's result is that of a name: 1 to `max` characters and the NUL.
 constexpr bool is_name_len(std::int32_t length, std::int32_t max) {
   return length >= 2 && length <= max + 1;
 }
 
-constexpr bool is_section_name(const char* text) {
-  return is_name_len(cfc_section_len(text), section_name_max);
+constexpr bool is_section_name(const char* name) {
+  return is_name_len(cfc_section_len(name), section_name_max);
 }
 
-constexpr bool is_key(const char* text) {
-  return is_name_len(cfc_key_len(text), key_max);
+constexpr bool is_key(const char* key) {
+  return is_name_len(cfc_key_len(key), key_max);
 }
 
 constexpr bool is_value_len(std::int32_t length) {

@@ -9,7 +9,7 @@
 namespace proreflax {
 namespace {
 
-/// An entry's section and key, measured once; the lengths are the validators' results.
+/// An entry's section and key, validated once; the lengths are the validators' results.
 struct entry_name {
   entry_name(const char* section_name, const char* entry_key)
       : section{section_name},
@@ -17,7 +17,7 @@ struct entry_name {
         section_bytes{cfc_section_len(section_name)},
         key_bytes{cfc_key_len(entry_key)} {}
 
-  bool keeps_the_rules() const {
+  bool is_valid() const {
     return is_name_len(section_bytes, section_name_max) && is_name_len(key_bytes, key_max);
   }
 
@@ -27,8 +27,8 @@ struct entry_name {
   std::int32_t key_bytes;
 };
 
-/// A request with section and key packed and room for a value behind them; null without memory.
-/// value_off points behind the key also where no value follows.
+/// A request with section and key packed and room for a value after them; null without memory.
+/// value_off points to the end of the key even if no value follows.
 owned_msg request_for(opcode operation, const entry_name& name) {
   const auto section_bytes = static_cast<std::uint16_t>(name.section_bytes);
   const auto key_bytes = static_cast<std::uint16_t>(name.key_bytes);
@@ -45,7 +45,7 @@ owned_msg request_for(opcode operation, const entry_name& name) {
   return msg;
 }
 
-bool value_lies_in(const cfc_msg& reply) {
+bool value_is_inside(const cfc_msg& reply) {
   return sizeof(cfc_msg) + reply.value_off + reply.value_len <= reply.capacity;
 }
 
@@ -54,20 +54,20 @@ bool value_lies_in(const cfc_msg& reply) {
 std::uint32_t __cfc_get_raw_sem(const char* section, const char* key, char* out,
                                 std::int32_t* length) {
   const entry_name name{section, key};
-  if (!name.keeps_the_rules() || out == nullptr || length == nullptr || *length < 1) {
+  if (!name.is_valid() || out == nullptr || length == nullptr || *length < 1) {
     return CFC_ERR_BAD_ARGUMENT;
   }
   const owned_msg msg = request_for(CFC_OP_GET, name);
   if (msg == nullptr) {
     return CFC_ERR_NO_MEMORY;
   }
-  if (const std::uint32_t result = ask(*msg, text_header_bytes); result != CFC_OK) {
+  if (const std::uint32_t result = send_request(*msg, text_header_bytes); result != CFC_OK) {
     return result;
   }
   if (*length < msg->value_len) {
     return CFC_ERR_NO_ROOM;
   }
-  if (!value_lies_in(*msg)) {
+  if (!value_is_inside(*msg)) {
     return CFC_ERR_BAD_VALUE;
   }
   std::memcpy(out, payload(*msg) + msg->value_off, msg->value_len);
@@ -83,7 +83,7 @@ std::uint32_t __cfc_get_raw_nosem(const char* section, const char* key, char* ou
 std::uint32_t __cfc_set_raw_sem(const char* section, const char* key, const char* value,
                                 std::int32_t length) {
   const entry_name name{section, key};
-  if (!name.keeps_the_rules() || value == nullptr || !is_value_len(length)) {
+  if (!name.is_valid() || value == nullptr || !is_value_len(length)) {
     return CFC_ERR_BAD_ARGUMENT;
   }
   const owned_msg msg = request_for(CFC_OP_SET, name);
@@ -95,7 +95,7 @@ std::uint32_t __cfc_set_raw_sem(const char* section, const char* key, const char
   payload(*msg)[msg->value_off + length] = '\0';
   msg->value_len = value_bytes;
   msg->used_len = static_cast<std::uint16_t>(msg->used_len + value_bytes);
-  return ask(*msg);
+  return send_request(*msg);
 }
 
 std::uint32_t __cfc_set_raw_nosem(const char* section, const char* key, const char* value,

@@ -1,6 +1,5 @@
-// Requests that concern the store as a whole: register an application, flush, reset to defaults.
-// Their records have room for nothing but what they carry, so the reply is no longer than the
-// request.
+// Requests that concern the whole store: register an application, flush, reset to defaults. Their
+// records have no room for a value, so the reply is not longer than the request.
 #include <cstring>
 
 #include "transport/lock.h"
@@ -10,13 +9,13 @@
 namespace proreflax {
 namespace {
 
-std::uint32_t ask_without_payload(opcode operation) {
+std::uint32_t send_without_payload(opcode operation) {
   const owned_msg msg{cfc_msg_alloc(0)};
   if (msg == nullptr) {
     return CFC_ERR_NO_MEMORY;
   }
   msg->op_result = operation;
-  return ask(*msg);
+  return send_request(*msg);
 }
 
 }  // namespace
@@ -36,7 +35,7 @@ std::uint32_t cfc_add_app_sem(const char* name) {
   msg->op_result = CFC_OP_ADD_APP;
   std::memcpy(payload(*msg), name, name_bytes);
   msg->used_len = static_cast<std::uint16_t>(msg->used_len + name_bytes);
-  return ask(*msg);
+  return send_request(*msg);
 }
 
 std::uint32_t cfc_add_app_nosem(const char* name) {
@@ -44,7 +43,7 @@ std::uint32_t cfc_add_app_nosem(const char* name) {
 }
 
 std::uint32_t cfc_flush_all_sem() {
-  return ask_without_payload(CFC_OP_FLUSH_ALL);
+  return send_without_payload(CFC_OP_FLUSH_ALL);
 }
 
 std::uint32_t cfc_flush_all_nosem() {
@@ -52,5 +51,5 @@ std::uint32_t cfc_flush_all_nosem() {
 }
 
 std::uint32_t cfc_to_default() {
-  return with_lock([] { return ask_without_payload(CFC_OP_TO_DEFAULT); });
+  return with_lock([] { return send_without_payload(CFC_OP_TO_DEFAULT); });
 }

@@ -1,5 +1,5 @@
-// Binary data as hexadecimal text: "0x", then two digits a byte, the last byte first, so that the
-// text reads as one number whose least significant byte is data[0].
+// Binary data as a hexadecimal string: "0x", then two digits per byte, the last byte first, so that
+// the string is one number whose least significant byte is data[0].
 #ifndef PROREFLAX_VALUES_HEX_TEXT_H
 #define PROREFLAX_VALUES_HEX_TEXT_H
 
@@ -9,7 +9,7 @@ namespace proreflax {
 
 inline constexpr std::uint32_t not_a_digit = 0xFF;
 
-/// 0 to 15, or not_a_digit. Takes both cases.
+/// 0 to 15, or not_a_digit. Accepts both cases.
 constexpr std::uint32_t hex_digit_value(char c) {
   if (c >= '0' && c <= '9') {
     return static_cast<std::uint32_t>(c - '0');
@@ -30,8 +30,9 @@ constexpr bool has_hex_prefix(const char* text) {
 /// Writes 2 * count + 2 characters and no NUL. Always 0.
 std::uint32_t cfc_bin_to_hex(const std::uint8_t* data, std::uint32_t count, char* text);
 
-/// Reads exactly `length` characters and writes (length - 2) / 2 bytes, or none for an empty text.
-/// 0, or 205 for a text of another form; bytes decoded before a bad digit stay written.
+/// Reads exactly `length` characters and writes (length - 2) / 2 bytes, or none for an empty
+/// string. 0, or 205 for a string of another form; bytes decoded before an invalid digit stay
+/// written.
 std::uint32_t cfc_hex_to_bin(const char* text, std::int32_t length, std::uint8_t* out);
 
 }  // namespace proreflax

@@ -1,5 +1,5 @@
-// IPv4 addresses as dotted quads: four decimal parts,
-// single dots between them, nothing around them.
+// IPv4 addresses as dotted quads: four decimal parts, single dots between them, nothing around
+// them.
 #include <proreflax/config.h>
 
 #include <cstdint>
@@ -9,7 +9,8 @@ namespace {
 
 constexpr std::int32_t longest_quad_bytes = 16;  // 255.255.255.255 and its NUL
 
-/// Reads the digits of one part, at least one, and moves `text` behind them. -1 for no part.
+/// Reads the digits of one part, at least one, and moves `text` to the end of them. -1 when there
+/// is no valid part.
 std::int32_t read_part(const char*& text) {
   std::int32_t part = -1;
   for (; *text >= '0' && *text <= '9'; ++text) {

@@ -7,7 +7,7 @@
 namespace proreflax {
 namespace {
 
-/// The value of a digit, or something at least `base` for every other character.
+/// The value of a digit, or not_a_digit for every other character.
 std::uint32_t digit_value(char c, std::uint32_t base) {
   const std::uint32_t value = hex_digit_value(c);
   return value < base ? value : not_a_digit;
@@ -35,8 +35,8 @@ std::uint32_t cfc_str_to_u32(const char* text, std::uint32_t* out) {
     if (digit == not_a_digit) {
       return CFC_ERR_BAD_DIGIT;
     }
-    // Weak on purpose: only a wrap that lands below the previous value is caught. Stored texts that
-    // pass today must go on passing, so 9999999999 stays 1410065407.
+    // This detects only a wrap to less than the previous value. A stricter test would refuse values
+    // that are accepted in existing configurations: 9999999999 is read as 1410065407.
     const std::uint32_t next = value * base + digit;
     if (next < value) {
       return CFC_ERR_OVERFLOW;

@@ -1,9 +1,9 @@
-// The stations that are associated: a header line, and behind it a row each to the end of the text.
+// The stations that are associated: a header line, then one row per station to the end of the file.
 //
 //     Ralink Assocation Table
 //     [01] 00:0C:43:28:60:11   AID  1    address from column 5, number from column 29
 //
-// "Assocation" is what the driver prints and is kept, on purpose.
+// "Assocation" is the driver's own spelling.
 #include <proreflax/wireless.h>
 
 #include <cstring>
@@ -21,14 +21,14 @@ constexpr char header[] = "Ralink Assocation Table\n";
 constexpr std::size_t header_length = sizeof header - 1;
 constexpr std::size_t mac_column = 5;
 constexpr std::size_t number_column = 29;
-constexpr std::size_t shortest_cut = 4;  // bytes of a text of which a row may be cut off
+constexpr std::size_t truncation_min = 4;  // a shorter file is parsed without dropping a row
 
 static_assert(proc_buf_capacity - 1 - header_length == WLS_ASSOCIATE_ROWS_MAX);
 
-/// Ends the text after its last newline, as what follows is a row that was cut off, and returns
-/// that end.
-const char* drop_cut_row(char* text, std::size_t length) {
-  if (length < shortest_cut) {
+/// Ends the text after its last newline, since the row after it is truncated, and returns the new
+/// end.
+const char* drop_truncated_row(char* text, std::size_t length) {
+  if (length < truncation_min) {
     return text + length;
   }
   while (length > 0 && text[length - 1] != '\n') {
@@ -42,14 +42,14 @@ const char* drop_cut_row(char* text, std::size_t length) {
 
 std::uint32_t parse_wls_associate(char* text, std::size_t length, wls_associate_entry* table,
                                   int* count) {
-  const char* const end = drop_cut_row(text, length);
+  const char* const end = drop_truncated_row(text, length);
   const char* row = std::strstr(text, header);
   if (row == nullptr) {
     return CFC_FAILED;
   }
   row += header_length;
   int rows = 0;
-  // A row without a newline was cut off, by a NUL, and is left out.
+  // A row without a newline was truncated by a NUL, and is omitted.
   const char* newline = std::strchr(row, '\n');
   for (; newline != nullptr && rows < WLS_ASSOCIATE_ROWS_MAX; ++rows) {
     static_cast<void>(parse_mac_text(ahead(row, mac_column, end), table[rows].mac));

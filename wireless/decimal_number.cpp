@@ -1,7 +1,7 @@
 #include "wireless/decimal_number.h"
 
-// Declared here and not included, on purpose: <stdlib.h> may turn atoi() into an inline call of
-// strtol(), and a program that interposes atoi() would be bypassed.
+// Declared here instead of including <stdlib.h>, which may turn atoi() into an inline call of
+// strtol() and so bypass a program that interposes atoi().
 extern "C" int atoi(const char* text) noexcept;  // NOLINT(readability-redundant-declaration)
 
 namespace proreflax {

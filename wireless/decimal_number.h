@@ -4,7 +4,7 @@
 
 namespace proreflax {
 
-/// What the platform's atoi() gives for a NUL-terminated text, numbers out of range included.
+/// The result of the platform's atoi() for a NUL-terminated string, also for numbers out of range.
 int decimal_number(const char* text);
 
 }  // namespace proreflax

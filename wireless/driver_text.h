@@ -1,9 +1,8 @@
-// The three texts of the wireless driver, once they are in memory: what the exported readers do
-// behind the reading of the file.
+// Parsers of the wireless driver's files: what the exported readers do after the file was read.
 //
-// `length` counts the bytes read, which a NUL follows; nothing after that is looked at. The bytes
-// may hold a NUL themselves: a search ends there, a fixed distance passes it. Outputs and results
-// are those of the exported readers; no argument may be null.
+// `length` counts the bytes read, which are followed by a NUL; nothing after it is accessed. The
+// bytes may contain further NULs: a search ends there, a step of a fixed distance passes it.
+// Outputs and results are those of the exported readers; no argument may be null.
 #ifndef PROREFLAX_WIRELESS_DRIVER_TEXT_H
 #define PROREFLAX_WIRELESS_DRIVER_TEXT_H
 
@@ -17,7 +16,7 @@ namespace proreflax {
 /// Splits the text in place: NULs replace '=' and newline of each line.
 std::uint32_t parse_wls_status(char* text, wls_11g_status* status);
 
-/// Stores one value under every field whose name the line's name begins with.
+/// Stores one value in every field whose name the line's name begins with.
 void parse_wls_status_field(wls_11g_status* status, const char* name, const char* value);
 
 std::uint32_t parse_wls_event_log(const char* text, std::size_t length, int* count,

@@ -1,4 +1,4 @@
-// What can be told about the wireless interface without asking the driver.
+// Functions of the wireless interface whose results do not depend on the driver.
 #include <proreflax/wireless.h>
 
 #include <cstdint>
@@ -11,7 +11,7 @@ struct channel_range {
   std::uint8_t count;
 };
 
-/// By region code; code 0 stands for every code that is not listed.
+/// Indexed by region code; entry 0 is for every code that is not listed.
 constexpr channel_range channels[] = {{1, 14}, {1, 11}, {1, 13}, {10, 4}, {1, 14}, {10, 2}};
 
 channel_range channels_of(int region) {

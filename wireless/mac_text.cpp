@@ -8,9 +8,9 @@ namespace {
 
 constexpr unsigned lower_case_bit = 0x20;
 
-constexpr unsigned no_digit = 16;
+constexpr unsigned not_a_digit = 16;
 
-/// The value of a hexadecimal digit, or no_digit.
+/// The value of a hexadecimal digit, or not_a_digit.
 unsigned digit_value(char character) {
   const auto code = static_cast<unsigned char>(character);
   const unsigned decimal = code - unsigned{'0'};
@@ -18,13 +18,13 @@ unsigned digit_value(char character) {
     return decimal;
   }
   const unsigned letter = (code | lower_case_bit) - unsigned{'a'};
-  return letter < 6 ? letter + 10 : no_digit;
+  return letter < 6 ? letter + 10 : not_a_digit;
 }
 
 }  // namespace
 
 std::uint32_t is_not_hex_digit(char character) {
-  return digit_value(character) == no_digit ? 1 : 0;
+  return digit_value(character) == not_a_digit ? 1 : 0;
 }
 
 std::uint32_t parse_mac_text(const char* text, std::uint8_t* out) {
@@ -33,13 +33,13 @@ std::uint32_t parse_mac_text(const char* text, std::uint8_t* out) {
   }
   out[0] = 0;
   for (int i = 0; i < WLS_MAC_SIZE; ++i, text += 3) {
-    // The NUL of a text that ends early is no digit and no ':', so nothing behind it is looked at.
+    // The NUL of a string that ends early is neither a digit nor ':', so nothing after it is read.
     const unsigned high = digit_value(text[0]);
-    if (high == no_digit) {
+    if (high == not_a_digit) {
       return CFC_FAILED;
     }
     const unsigned low = digit_value(text[1]);
-    if (low == no_digit) {
+    if (low == not_a_digit) {
       return CFC_FAILED;
     }
     if (i < WLS_MAC_SIZE - 1 && text[2] != ':') {

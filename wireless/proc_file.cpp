@@ -1,9 +1,9 @@
-// Reading a driver's text.
+// Reading a driver's file.
 //
-// One buffer serves every read, so nothing is allocated for the text. The stream has no buffer of
-// its own: fread() fills g_proc_buf directly. A driver may hand its text over in pieces; fread()
-// goes on until there is no more room or the text has ended. A read error ends the text as well:
-// fread() reports it as a short count, and what was read until then is parsed.
+// All reads use one buffer, so nothing is allocated. The stream is unbuffered: fread() fills
+// g_proc_buf directly. A driver may deliver its file in pieces; fread() continues until the buffer
+// is full or the file ends. A read error also counts as the end: fread() reports a short count, and
+// the bytes read until then are parsed.
 #include "wireless/proc_file.h"
 
 #include <proreflax/result.h>
@@ -18,7 +18,7 @@ char g_proc_buf[proc_buf_capacity];
 
 namespace {
 
-/// Room for text in the buffer, its NUL left out, whatever g_proc_buf_size says.
+/// Size of the buffer without its NUL, for any g_proc_buf_size.
 std::size_t room() {
   constexpr auto capacity = static_cast<std::int32_t>(proc_buf_capacity);
   return static_cast<std::size_t>(std::clamp(g_proc_buf_size, 1, capacity) - 1);

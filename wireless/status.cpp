@@ -1,8 +1,8 @@
 // The status of the wireless interface: ten lines of the form name=value.
 //
-// A name is told by how it begins, on purpose: the driver may add to it ("recv_unicast_extra" is
-// "recv_unicast"). The longest name that is looked for has 15 characters, so it makes no difference
-// that a name counts only as far as its 31st.
+// A name is recognised by its prefix, since the driver may append to it ("recv_unicast_extra" is
+// "recv_unicast"). Only the first 31 characters of a name count, which makes no difference here:
+// the longest known name has 15.
 #include <proreflax/wireless.h>
 
 #include <algorithm>
@@ -42,9 +42,9 @@ bool begins_with(const char* name, const char* key) {
 }
 
 template <std::size_t Size>
-void copy_text(char (&field)[Size], const char* text) {
-  const std::size_t length = strnlen(text, Size - 1);
-  std::memcpy(field, text, length);
+void copy_string(char (&field)[Size], const char* string) {
+  const std::size_t length = strnlen(string, Size - 1);
+  std::memcpy(field, string, length);
   field[length] = '\0';
 }
 
@@ -52,14 +52,14 @@ void copy_text(char (&field)[Size], const char* text) {
 
 void parse_wls_status_field(wls_11g_status* status, const char* name, const char* value) {
   if (begins_with(name, "if_status")) {
-    copy_text(status->if_status, value);
+    copy_string(status->if_status, value);
     return;
   }
   if (begins_with(name, "mac_addr")) {
-    copy_text(status->mac_addr, value);
+    copy_string(status->mac_addr, value);
     return;
   }
-  // No name begins with the keys of two counters, as no key begins with another.
+  // No key is a prefix of another, so a name matches one counter at most.
   for (const counter& each : counters) {
     if (begins_with(name, each.name)) {
       status->*each.field = static_cast<std::uint32_t>(decimal_number(value));

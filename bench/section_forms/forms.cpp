@@ -1,14 +1,14 @@
 // How large are the sections' tables when they are stored in another form? The same rows, the same
-// engine and the same getters and setters, with FORM saying how a table is kept:
+// engine and the same getters and setters; FORM selects how a table is stored:
 //
-//   0  as the library keeps it: tag bytes and names in one text
+//   0  as in the library: tag bytes and names in one byte string
 //   1  rows with a pointer to the key
-//   2  rows with the key held inline
+//   2  rows with the key stored inline
 //   3  rows with the key as an offset into one pool for all sections
 //   4  rows without a key, and the names one after the other
-//   5  as 0, with one tag for a run of fields that are alike
+//   5  as 0, with one tag for a run of similar fields
 //
-// measure.sh builds one shared object a form and prints what each takes. Nothing here is shipped.
+// measure.sh builds one shared object per form and prints its size. Nothing here is shipped.
 #include <algorithm>
 #include <array>
 #include <iterator>
@@ -25,22 +25,22 @@ namespace {
 template <typename Record>
 inline constexpr std::size_t row_count = std::size(section<Record>::rows);
 
-/// What every form but 0 and 5 keeps of a field beside its key.
+/// What every form except 0 and 5 stores for a field in addition to its key.
 struct shape {
   std::uint16_t capacity = 0;
-  value_kind kind{};
+  value_type type{};
   std::uint8_t count = 0;
 };
 
 constexpr shape shape_of(const field& member) {
-  return {member.capacity, member.kind, member.count};
+  return {member.capacity, member.type, member.count};
 }
 
-/// The next field, behind the one that is in `which`.
+/// Replaces the field in `which` with the next one.
 void place(field& which, const char* name, const shape& next) {
-  const std::size_t behind = which.end();
-  which = {name, next.kind, next.count, next.capacity, 0};
-  which.offset = aligned(behind, which.alignment());
+  const std::size_t previous_end = which.end();
+  which = {name, next.type, next.count, next.capacity, 0};
+  which.offset = aligned(previous_end, which.alignment());
 }
 
 #if FORM == 0
@@ -232,37 +232,37 @@ stored stored_table() {
 #elif FORM == 5
 
 constexpr bool alike(const field& one, const field& other) {
-  return one.kind == other.kind && one.count == other.count && one.capacity == other.capacity;
+  return one.type == other.type && one.count == other.count && one.capacity == other.capacity;
 }
 
 template <typename Section, typename Take>
 constexpr void pack_runs_into(Take take) {
-  const auto take_text = [&](std::string_view text) {
+  const auto take_string = [&](std::string_view text) {
     for (const char c : text) {
       take(static_cast<unsigned char>(c));
     }
     take(0U);
   };
-  take_text(Section::name);
+  take_string(Section::name);
   const row* const end = std::end(Section::rows);
   for (const row* run = Section::rows; run != end;) {
     const field& first = run->member;
-    const row* behind = run;
-    while (behind != end && alike(behind->member, first)) {
-      ++behind;
+    const row* end_of_run = run;
+    while (end_of_run != end && alike(end_of_run->member, first)) {
+      ++end_of_run;
     }
     const unsigned capacity = first.has_number() ? 0 : first.capacity;
-    take(static_cast<unsigned>(first.kind) | (first.is_array() ? tag_array : 0) |
+    take(static_cast<unsigned>(first.type) | (first.is_array() ? tag_array : 0) |
          (capacity >> tag_capacity_shift & tag_capacity));
-    take(static_cast<unsigned>(behind - run));
+    take(static_cast<unsigned>(end_of_run - run));
     if (first.is_array()) {
       take(first.count);
     }
     if (!first.has_number()) {
       take(capacity & 0xFF);
     }
-    for (; run != behind; ++run) {
-      take_text(run->member.name);
+    for (; run != end_of_run; ++run) {
+      take_string(run->member.name);
     }
   }
   take(0U);
@@ -291,11 +291,11 @@ std::uint32_t visit_fields(stored table, Visit visit) {
   while (const unsigned tag = next_byte()) {
     unsigned run = next_byte();
     shape what;
-    what.kind = static_cast<value_kind>(tag & tag_kind);
+    what.type = static_cast<value_type>(tag & tag_type);
     what.count = (tag & tag_array) != 0 ? next_byte() : std::uint8_t{0};
     what.capacity =
-        what.kind < value_kind::text
-            ? number_bytes(what.kind)
+        what.type < value_type::string
+            ? number_bytes(what.type)
             : static_cast<std::uint16_t>((tag & tag_capacity) << tag_capacity_shift | next_byte());
     for (; run > 0; --run) {
       place(which, at, what);

@@ -1,8 +1,8 @@
 #!/bin/sh
-# Prints what the sections' tables, the engine and 88 getters and setters take in each form of
+# Prints the size of the sections' tables, the engine and 88 getters and setters in each form of
 # forms.cpp, as a table: bytes of a stripped shared object, at -Os.
 #
-#   bench/section_forms/measure.sh [COMPILER]     such as mips-linux-gnu-g++; g++ unless told otherwise
+#   bench/section_forms/measure.sh [COMPILER]     such as mips-linux-gnu-g++; the default is g++
 set -eu
 compiler=${1:-g++}
 top=$(cd "$(dirname "$0")/../.." && pwd)

@@ -1,20 +1,20 @@
 /**
  * Checking a firmware image and writing it to flash.
  *
- * An image is held in memory as a whole: a header of 64 bytes, then its data. A kernel is written
- * with its header, a ramdisk without; a multi-file image holds further images, which are written
- * one by one. docs/firmware-image.md draws the format, whose checksum is this device's own.
+ * The complete image is held in memory: a header of 64 bytes, then its data. A kernel is written
+ * with its header, a ramdisk without; a multi-file image contains further images, which are written
+ * one by one. docs/firmware-image.md describes the format, whose checksum is this device's own.
  *
- * Codes        Beside CFC_OK only CFC_ERR_FW_TOO_BIG to CFC_ERR_FW_WRITE. An image wrong in several
- *              ways is reported by the first of: too big, device, short, magic, type, header
- *              checksum, data size, data checksum, part table; then, part by part, the part's own
- *              faults, its region, the region's size, position, write.
- * Image        Is only read, never beyond its size, and need not be aligned. Null counts as an
+ * Codes        CFC_OK, or one of CFC_ERR_FW_TOO_BIG to CFC_ERR_FW_WRITE. For an image with several
+ *              errors the result is the first of: too big, device, short, magic, type, header
+ *              checksum, data size, data checksum, part table; then, for each part, the part's own
+ *              errors, its region, the region's size, position, write.
+ * Image        Is only read, never beyond its size, and need not be aligned. Null is treated as an
  *              image of no bytes.
  * Lock         No function here touches the access lock or talks to the configuration service.
  * Threads      One update at a time in a process: the open device is a variable of the process.
- * Blocking     As long as the flash takes to write, minutes perhaps. The checksums of an image are
- *              computed before anything of it is written.
+ * Blocking     As long as the flash takes to write, possibly minutes. The checksums of an image are
+ *              verified before any of it is written.
  */
 #ifndef PROREFLAX_FIRMWARE_H
 #define PROREFLAX_FIRMWARE_H
@@ -26,10 +26,10 @@
 extern "C" {
 #endif
 
-/** The largest image that upgrade_kernel() takes, in bytes: 11 MiB. */
+/** The largest image that upgrade_kernel() accepts, in bytes: 11 MiB. */
 #define FW_IMAGE_SIZE_MAX 0xB00000
 
-/** Bytes of an image's header. */
+/** Size of an image's header in bytes. */
 #define FW_HEADER_SIZE 64
 
 /** How many multi-file images may be nested, the outermost included. */
@@ -38,21 +38,21 @@ extern "C" {
 /**
  * Checks an image and writes it to flash.
  *
- * A multi-file image is checked as a whole before its first part is written. A part is checked when
- * its turn comes: when one fails, the parts before it are on flash and stay there. A write that
- * fails leaves its region undefined. Nothing is retried.
+ * The header and checksums of a multi-file image are checked before its first part is written. Each
+ * part is checked immediately before it is written: when one fails, the parts before it are already
+ * on flash and stay there. A write that fails leaves its region undefined. Nothing is retried.
  *
  * @param image       the image
- * @param size_bytes  bytes at image; a negative size counts as 0
+ * @param size_bytes  size of the image in bytes; a negative size counts as 0
  * @param ignored     ignored
  * @return CFC_OK                everything is on flash
- *         CFC_ERR_FW_TOO_BIG    size_bytes is above FW_IMAGE_SIZE_MAX, and the device was not even
+ *         CFC_ERR_FW_TOO_BIG    size_bytes is above FW_IMAGE_SIZE_MAX, and the device was not
  *                               opened; or a part is larger than its region
  *         CFC_ERR_FW_OPEN       the flash device cannot be opened
- *         CFC_ERR_FW_BASE       the flash device does not tell its base address
+ *         CFC_ERR_FW_BASE       the flash device does not report its base address
  *         CFC_ERR_FW_SHORT      image or part shorter than a header
- *         CFC_ERR_FW_MAGIC      no image
- *         CFC_ERR_FW_TYPE       an image, but no kernel, ramdisk or multi-file image
+ *         CFC_ERR_FW_MAGIC      not an image
+ *         CFC_ERR_FW_TYPE       an image, but not a kernel, ramdisk or multi-file image
  *         CFC_ERR_FW_HDR_CRC    the header's checksum differs
  *         CFC_ERR_FW_TRUNCATED  fewer data bytes than the header declares; a part table without
  *                               parts, without an end, or with a part that does not fit; or a
@@ -60,29 +60,29 @@ extern "C" {
  *         CFC_ERR_FW_DATA_CRC   the data's checksum differs
  *         CFC_ERR_FW_REGION     the flash device does not know the region of a kernel or ramdisk
  *         CFC_ERR_FW_SEEK       the flash device cannot be positioned
- *         CFC_ERR_FW_WRITE      the flash device failed to take all bytes in one write
- *         The flash device is closed again in every case.
+ *         CFC_ERR_FW_WRITE      the flash device did not accept all bytes in one write
+ *         The flash device is closed in every case.
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t upgrade_kernel(const uint8_t* image, int32_t size_bytes,
                                                         uint32_t ignored);
 
 /**
- * The part of upgrade_kernel() behind the opening of the device: checks an image and writes it. Has
- * no limit of size but that of the regions. The device is open only while upgrade_kernel() runs;
- * at any other time an image with something to write gives CFC_ERR_FW_REGION.
+ * The part of upgrade_kernel() after the device is opened: checks an image and writes it. The size
+ * is limited only by the regions. The device is open only while upgrade_kernel() runs; at any other
+ * time an image with data to write gives CFC_ERR_FW_REGION.
  *
  * @param image       the image
- * @param size_bytes  bytes at image
+ * @param size_bytes  size of the image in bytes
  * @return as upgrade_kernel(), without CFC_ERR_FW_OPEN and CFC_ERR_FW_BASE; a ramdisk without data
  *         has nothing to write and gives CFC_OK
  */
 PROREFLAX_API PROREFLAX_CHECKED uint32_t updateFlashImage(const uint8_t* image,
                                                           uint32_t size_bytes);
 
-/** Not offered on this device: does nothing with its arguments. @return CFC_FAILED always */
+/** Not supported on this device: does nothing with its arguments. @return CFC_FAILED always */
 PROREFLAX_API uint32_t gui_set_firmware_upgrade(const void* image, uint32_t size_bytes);
 
-/** Does nothing, on purpose: an application that wants a restart asks the system for it. */
+/** Does nothing: an application that needs a restart requests it from the system. */
 PROREFLAX_API void gui_sys_reset(void);
 
 #ifdef __cplusplus

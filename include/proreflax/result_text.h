@@ -1,7 +1,7 @@
 /**
  * Result codes in words, for logs and messages: the name of a code and a description of it.
  *
- * The one list of these descriptions; proreflax(3) shows it as a table. Header-only: the library
+ * The only list of these descriptions; proreflax(3) shows it as a table. Header-only: the library
  * exports neither function, and a program that includes this header contains the strings it uses.
  *
  * Strings      Constant and NUL-terminated. Never null, so that they suit printf().
@@ -18,7 +18,7 @@
 extern "C" {
 #endif
 
-/* One row a code of result.h, in its order. */
+/* One row for each code of result.h, in its order. */
 #define PROREFLAX_RESULT_ROWS(ROW)                                                           \
   ROW(CFC_OK, "done")                                                                        \
   ROW(CFC_FAILED, "the operation failed")                                                    \
@@ -65,13 +65,13 @@ extern "C" {
 #define PROREFLAX_AS_INT(code) ((int)(code))
 #endif
 
-#define PROREFLAX_NAME_ROW(code, text) \
-  case code:                           \
+#define PROREFLAX_NAME_ROW(code, description) \
+  case code:                                  \
     return #code;
 
-#define PROREFLAX_TEXT_ROW(code, text) \
-  case code:                           \
-    return text;
+#define PROREFLAX_TEXT_ROW(code, description) \
+  case code:                                  \
+    return description;
 
 /**
  * The name that result.h gives a code, such as "CFC_ERR_NO_KEY".
@@ -88,11 +88,12 @@ static inline const char* cfc_result_name(uint32_t code) {
 }
 
 /**
- * Describes a code in a few words, without a capital and a full stop: "cannot save: %s" takes it.
+ * Describes a code in a few words, without a capital and a full stop, to follow a colon: "cannot
+ * save: %s".
  *
  * @param code  any number
- * @return the description. Of an errno value, a number below 200 without a name, it is that of
- *         strerror(), valid until the next call of strerror(); of a number that is not a code,
+ * @return the description. For an errno value, a number below 200 without a name, it is that of
+ *         strerror(), valid until the next call of strerror(); for a number that is not a code,
  *         "unknown result code"
  */
 static inline const char* cfc_result_text(uint32_t code) {

@@ -17,7 +17,7 @@ using namespace proreflax;
 struct extremes {
   std::uint8_t a_small_one;
   std::uint32_t behind_a_gap;
-  char largest[most_capacity];
+  char largest[capacity_max];
   std::uint8_t next_to_it;
   std::uint16_t behind_another_gap;
   unsigned char a_name_that_with_its_index_has_49_characters[255][98];
@@ -47,7 +47,7 @@ struct section<extremes> {
 namespace {
 
 bool equal(const field& one, const field& other) {
-  return std::string{one.name} == other.name && one.kind == other.kind &&
+  return std::string{one.name} == other.name && one.type == other.type &&
          one.count == other.count && one.capacity == other.capacity && one.offset == other.offset;
 }
 
@@ -76,10 +76,10 @@ TEST(SectionTable, offsets_are_those_of_the_record) {
 }
 
 TEST(SectionTable, the_key_of_a_scalar_is_its_name_and_that_of_an_element_has_the_index) {
-  key_text key;
-  const field scalar{"opt", value_kind::text, 0, 256, 0};
+  key_string key;
+  const field scalar{"opt", value_type::string, 0, 256, 0};
   EXPECT_STREQ(format_key(scalar, 0, key), "opt");
-  const field array{"macFilters", value_kind::binary, 80, 6, 0};
+  const field array{"macFilters", value_type::binary, 80, 6, 0};
   EXPECT_STREQ(format_key(array, 0, key), "macFilters[0]");
   EXPECT_STREQ(format_key(array, 9, key), "macFilters[9]");
   EXPECT_STREQ(format_key(array, 10, key), "macFilters[10]");
@@ -88,9 +88,9 @@ TEST(SectionTable, the_key_of_a_scalar_is_its_name_and_that_of_an_element_has_th
 }
 
 TEST(SectionTable, the_longest_formatted_key_fits_its_buffer) {
-  key_text key;
+  key_string key;
   const std::string longest(key_max, 'k');
-  const field array{longest.c_str(), value_kind::u8, 255, 1, 0};
+  const field array{longest.c_str(), value_type::u8, 255, 1, 0};
   EXPECT_EQ(format_key(array, 255, key), longest + "[255]");
 }
 
@@ -103,7 +103,7 @@ TEST(SectionList, has_every_section_once) {
 }
 
 TEST(SectionList, every_formatted_key_obeys_the_rules_of_keys) {
-  key_text key;
+  key_string key;
   for (const listed_section& each : all_sections()) {
     for (const field& which : each.table) {
       for (unsigned i = 0; i < (which.is_array() ? which.count : 1U); ++i) {

@@ -11,20 +11,20 @@ namespace {
 
 /// A line taken apart, with copies of its pieces.
 struct pieces {
-  line_fault fault;
-  line_kind kind;
+  line_error error;
+  line_type type;
   std::string name, key, value;
 };
 
 bool operator==(const pieces& a, const pieces& b) {
-  return a.fault == b.fault && a.kind == b.kind && a.name == b.name && a.key == b.key &&
+  return a.error == b.error && a.type == b.type && a.name == b.name && a.key == b.key &&
          a.value == b.value;
 }
 
 pieces read(std::string line) {
   const ini_line taken = read_ini_line(line.data());
-  pieces all{taken.fault, taken.kind, "", "", ""};
-  if (taken.fault == line_fault::none) {
+  pieces all{taken.error, taken.type, "", "", ""};
+  if (taken.error == line_error::none) {
     all.name = taken.name == nullptr ? "" : taken.name;
     all.key = taken.key == nullptr ? "" : taken.key;
     all.value = taken.value == nullptr ? "" : taken.value;
@@ -33,19 +33,19 @@ pieces read(std::string line) {
 }
 
 pieces empty() {
-  return {line_fault::none, line_kind::empty, "", "", ""};
+  return {line_error::none, line_type::empty, "", "", ""};
 }
 
 pieces header(const std::string& name) {
-  return {line_fault::none, line_kind::header, name, "", ""};
+  return {line_error::none, line_type::header, name, "", ""};
 }
 
 pieces entry(const std::string& key, const std::string& value) {
-  return {line_fault::none, line_kind::entry, "", key, value};
+  return {line_error::none, line_type::entry, "", key, value};
 }
 
-line_fault fault_of(const std::string& line) {
-  return read(line).fault;
+line_error fault_of(const std::string& line) {
+  return read(line).error;
 }
 
 std::string times(std::size_t count, char c) {
@@ -68,27 +68,27 @@ TEST(IniLine, a_lone_line_feed_is_an_empty_line) {
 }
 
 TEST(IniLine, a_line_that_begins_with_nul_is_refused) {
-  EXPECT_EQ(fault_of(""), line_fault::begins_with_nul);
-  EXPECT_EQ(fault_of(std::string{"\0a=b\n", 5}), line_fault::begins_with_nul);
+  EXPECT_EQ(fault_of(""), line_error::begins_with_nul);
+  EXPECT_EQ(fault_of(std::string{"\0a=b\n", 5}), line_error::begins_with_nul);
 }
 
 TEST(IniLine, one_to_three_bytes_that_are_no_empty_line_are_refused) {
   for (const char* line : {"a", "=", "[", " ", "\r", "a\n", "=\n", "[\n", "\r\n", " \n", "[]\n",
                            "a=\n", "ab\n", "=a\n", "=b", "a=b", "[a]"}) {
-    EXPECT_EQ(fault_of(line), line_fault::too_short) << line;
+    EXPECT_EQ(fault_of(line), line_error::too_short) << line;
   }
 }
 
 TEST(IniLine, four_bytes_or_more_without_a_line_feed_at_the_end_are_refused) {
   for (const char* line : {"ab=c", "[ab]", "a=b\r", "a=bcd", "[abc"}) {
-    EXPECT_EQ(fault_of(line), line_fault::no_line_feed) << line;
+    EXPECT_EQ(fault_of(line), line_error::no_line_feed) << line;
   }
 }
 
 TEST(IniLine, a_nul_within_a_line_cuts_its_end_off) {
-  EXPECT_EQ(fault_of(std::string{"ke=v\0\n", 6}), line_fault::no_line_feed);
-  EXPECT_EQ(fault_of(std::string{"[LAN]\0\n", 7}), line_fault::no_line_feed);
-  EXPECT_EQ(fault_of(std::string{"k=\0v\n", 5}), line_fault::too_short);
+  EXPECT_EQ(fault_of(std::string{"ke=v\0\n", 6}), line_error::no_line_feed);
+  EXPECT_EQ(fault_of(std::string{"[LAN]\0\n", 7}), line_error::no_line_feed);
+  EXPECT_EQ(fault_of(std::string{"k=\0v\n", 5}), line_error::too_short);
 }
 
 TEST(IniLine, a_header_is_a_name_between_brackets) {
@@ -104,17 +104,17 @@ TEST(IniLine, brackets_within_a_name_belong_to_it) {
 
 TEST(IniLine, a_name_of_24_bytes_is_taken_and_one_of_25_is_refused) {
   EXPECT_TRUE(read("[" + times(24, 'n') + "]\n") == header(times(24, 'n')));
-  EXPECT_EQ(fault_of("[" + times(25, 'n') + "]\n"), line_fault::name_too_long);
+  EXPECT_EQ(fault_of("[" + times(25, 'n') + "]\n"), line_error::name_too_long);
 }
 
 TEST(IniLine, a_header_without_a_bracket_before_the_line_feed_is_refused) {
   for (const char* line : {"[A]\r\n", "[A] \n", "[a]x\n", "[a]=x\n", "[a=b\n", "[ab\n"}) {
-    EXPECT_EQ(fault_of(line), line_fault::header_not_closed) << line;
+    EXPECT_EQ(fault_of(line), line_error::header_not_closed) << line;
   }
 }
 
 TEST(IniLine, a_line_is_a_header_only_when_its_first_byte_is_a_bracket) {
-  EXPECT_EQ(fault_of(" [A]\n"), line_fault::no_key);
+  EXPECT_EQ(fault_of(" [A]\n"), line_error::no_key);
   EXPECT_TRUE(read(" [A]=x\n") == entry(" [A]", "x"));
 }
 
@@ -125,7 +125,7 @@ TEST(IniLine, an_entry_is_cut_at_its_first_equals_sign) {
 }
 
 TEST(IniLine, a_one_byte_key_takes_no_empty_value_and_a_longer_one_does) {
-  EXPECT_EQ(fault_of("a=\n"), line_fault::too_short);
+  EXPECT_EQ(fault_of("a=\n"), line_error::too_short);
   EXPECT_TRUE(read("ab=\n") == entry("ab", ""));
   EXPECT_TRUE(read("a=b\n") == entry("a", "b"));
 }
@@ -139,19 +139,19 @@ TEST(IniLine, bytes_are_taken_as_they_are) {
 TEST(IniLine, an_entry_without_a_key_is_refused) {
   for (const char* line : {"=v\n", "==v\n", "=abc\n", "kvkv\n", "abc\n", ";comment\n", "   \n"}) {
     EXPECT_EQ(fault_of(line),
-              std::string{line}.size() < 4 ? line_fault::too_short : line_fault::no_key)
+              std::string{line}.size() < 4 ? line_error::too_short : line_error::no_key)
         << line;
   }
 }
 
 TEST(IniLine, a_key_of_49_bytes_is_taken_and_one_of_50_is_refused) {
   EXPECT_TRUE(read(times(49, 'k') + "=v\n") == entry(times(49, 'k'), "v"));
-  EXPECT_EQ(fault_of(times(50, 'k') + "=v\n"), line_fault::key_too_long);
+  EXPECT_EQ(fault_of(times(50, 'k') + "=v\n"), line_error::key_too_long);
 }
 
 TEST(IniLine, a_value_of_199_bytes_is_taken_and_one_of_200_is_refused) {
   EXPECT_TRUE(read("k=" + times(199, 'v') + "\n") == entry("k", times(199, 'v')));
-  EXPECT_EQ(fault_of("k=" + times(200, 'v') + "\n"), line_fault::value_too_long);
+  EXPECT_EQ(fault_of("k=" + times(200, 'v') + "\n"), line_error::value_too_long);
 }
 
 TEST(IniLine, the_longest_line_fits_the_buffer) {

@@ -203,7 +203,7 @@ TEST_F(Exchange, leaves_the_services_verdict_in_the_record) {
 TEST_F(Exchange, asking_gives_the_services_verdict) {
   for (const std::uint32_t verdict : {0U, 1U, 209U, 0xFFFFFFFFU}) {
     queue.reply_with(verdict);
-    EXPECT_EQ(ask(*msg), verdict);
+    EXPECT_EQ(send_request(*msg), verdict);
   }
 }
 
@@ -211,7 +211,7 @@ TEST_F(Exchange, asking_gives_a_failed_sends_errno_over_any_verdict) {
   msg->op_result = 209;
   faults::fail(faults::call::msgsnd, 1, EACCES);
   CaptureStdout();
-  EXPECT_EQ(ask(*msg), static_cast<std::uint32_t>(EACCES));
+  EXPECT_EQ(send_request(*msg), static_cast<std::uint32_t>(EACCES));
   GetCapturedStdout();
 }
 
@@ -312,7 +312,7 @@ TEST_F(Exchange, reply_that_was_too_long_is_what_the_next_receive_takes) {
   ASSERT_EQ(cfc_exchange(msg.get()), static_cast<std::uint32_t>(E2BIG));
   queue.reply_with(0);
   const owned_msg larger{cfc_msg_alloc(9)};
-  EXPECT_EQ(ask(*larger), 77U);
+  EXPECT_EQ(send_request(*larger), 77U);
 }
 
 TEST_F(Exchange, reply_of_any_length_is_a_success_and_reports_how_much_of_the_text_it_wrote) {
@@ -340,16 +340,16 @@ TEST_F(Exchange, asking_gives_205_for_a_reply_that_ends_before_its_result_does) 
   for (std::size_t size = 0; size <= whole.size(); ++size) {
     msg->op_result = 10;
     queue.reply(bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)));
-    EXPECT_EQ(ask(*msg), size < 8 ? 205U : 209U) << size;
+    EXPECT_EQ(send_request(*msg), size < 8 ? 205U : 209U) << size;
   }
 }
 
 TEST_F(Exchange, asking_gives_205_for_a_success_that_is_shorter_than_it_has_to_be) {
   for (std::size_t size = 8; size <= 16; ++size) {
     queue.reply(bytes(size));
-    EXPECT_EQ(ask(*msg, 12), size < 12 ? 205U : 0U) << size;
+    EXPECT_EQ(send_request(*msg, 12), size < 12 ? 205U : 0U) << size;
     queue.reply(row(own_reply_type(), u32(201), zeros(size - 8)));
-    EXPECT_EQ(ask(*msg, 12), 201U) << size;
+    EXPECT_EQ(send_request(*msg, 12), 201U) << size;
   }
 }
 

@@ -307,7 +307,7 @@ TEST(BrokenService, the_librarys_line_about_a_failed_send_stays_off_standard_out
   EXPECT_THAT(failed.err, testing::ContainsRegex("msq_id=[0-9]+, mtype=1, real_len=[0-9]+\n"));
 }
 
-// ---- JSON ------------------------------------------------------------------------------------------
+// ---- JSON ---------------------------------------------------------------------------------------
 
 TEST(ValueAsJson, names_that_are_no_utf8_break_nothing) {
   const nlohmann::json object =
