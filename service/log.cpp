@@ -23,8 +23,8 @@ const char* name_of(log_level level) {
 }
 
 /// One write, so that lines of several processes do not mix. False when there is no room; a log
-/// that cannot be written at all is no reason to count. A terminal may take a part of the line: that
-/// counts as dropped, and the next line starts on its own.
+/// that cannot be written at all is no reason to count. A terminal may take a part of the line:
+/// that counts as dropped, and the next line starts on its own.
 bool write_line(log_level level, const char* text) {
   char line[440];
   std::snprintf(line, sizeof line, "%sconfig-center: %s: %s\n", ends_in_a_part ? "\n" : "",

@@ -4,9 +4,9 @@
 // was killed, or gave up on a signal, leaves its reply behind; and anyone who may write to the queue
 // may flood it. Four rules keep an honest client safe from both:
 //
-//  1. A reply is dropped, also one that was kept, when one of the next requests is its client's: the
-//     client no longer waits for it. Earlier replies to the same client are removed before another
-//     is sent.
+//  1. A reply is dropped, also one that was kept, when one of the next requests is its client's:
+//     the client no longer waits for it. Earlier replies to the same client are removed before
+//     another is sent.
 //  2. A sweep, 10 ms after a reply and then ever less often while one is left, removes those of
 //     dead clients, and with them whatever is neither a request nor a reply of this service.
 //  3. Sending never blocks. A quarter of the queue is closed to requests: it opens for the moment in
