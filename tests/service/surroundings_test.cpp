@@ -186,6 +186,19 @@ TEST_F(Surroundings, a_terminal_or_a_socket_that_nobody_reads_stops_nothing) {
   }
 }
 
+TEST_F(Surroundings, outputs_whose_reader_has_gone_stop_nothing) {
+  ASSERT_EQ(pipe(full_pipe), 0);
+  close(full_pipe[0]);
+  service_process service{{}, [] {
+                            dup2(full_pipe[1], STDERR_FILENO);
+                            dup2(full_pipe[1], STDOUT_FILENO);
+                          }};
+  ASSERT_EQ(__cfc_set_u8(0, "LAN", "ConnType", 7), 0U);
+  EXPECT_EQ(cfc_flush_all_nosem(), 0U);
+  EXPECT_EQ(service.end(), 0);
+  close(full_pipe[1]);
+}
+
 TEST_F(Surroundings, a_log_file_goes_on_where_it_ended) {
   device_root::write("/etc/log", "earlier line\n");
   service_process service{{}, [] {
