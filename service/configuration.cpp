@@ -82,6 +82,7 @@ std::uint32_t configuration::flush() {
   if (result == CFC_OK && changed) {
     flash_ = saved_configuration::readable;
   }
+  may_overwrite_ = may_overwrite_ || changed;
   return result;
 }
 
@@ -92,6 +93,7 @@ std::uint32_t configuration::reset() {
   if (result == CFC_OK) {
     from_flash_ = false;
     check_save_of_factory_settings(children_before);
+    may_overwrite_ = true;
     if (!is_changed()) {
       flash_ = saved_configuration::readable;
     }
@@ -100,7 +102,7 @@ std::uint32_t configuration::reset() {
 }
 
 bool configuration::save_at_end() {
-  if (flash_unreadable()) {
+  if (flash_unreadable() && !may_overwrite_) {
     if (is_changed()) {
       log_line(log_level::error,
                "what was set is lost: the saved configuration could not be read at start, and is "

@@ -35,6 +35,7 @@ class configuration {
   void load_saved();
 
   bool from_flash_ = false;
+  bool may_overwrite_ = false;  // a client asked for it, though the save may have failed
   saved_configuration flash_ = saved_configuration::nothing_saved;
 };
 

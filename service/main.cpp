@@ -173,8 +173,9 @@ int run(const service_options& options) {
   block_signals();
   const bool saved = self.served.save_at_end();
   config_center_close();
-  self.channel.close();
+  // While the lock is still this service's: the next one writes a status of its own.
   self.state.remove_status();
+  self.channel.close();
   return served && saved ? EXIT_SUCCESS : exit_failed;
 }
 

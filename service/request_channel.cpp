@@ -141,7 +141,11 @@ bool request_channel::is_superseded(long type) const {
 /// Removes earlier replies to a client before the next one is sent.
 void request_channel::discard(long type) const {
   wire_message message;
-  while (msgrcv(queue_, &message, sizeof message.text, type, IPC_NOWAIT | MSG_NOERROR) >= 0) {
+  // Others may send messages of this type faster than they can be removed.
+  for (std::size_t waiting = waiting_messages();
+       waiting > 0 &&
+       msgrcv(queue_, &message, sizeof message.text, type, IPC_NOWAIT | MSG_NOERROR) >= 0;
+       --waiting) {
   }
 }
 

@@ -142,6 +142,22 @@ TEST_F(Configuration, replaces_an_unreadable_one_when_a_client_asks_for_it) {
   EXPECT_EQ(get("LAN", "ConnType"), "0x0a");
 }
 
+TEST_F(Configuration, replaces_an_unreadable_one_at_the_end_when_a_client_asked_in_vain) {
+  save_seven();
+  install_failing_read("exit 1");
+  {
+    service_process service;
+    ASSERT_EQ(__cfc_set_u8(0, "LAN", "ConnType", 9), 0U);
+    device_root::install_flash_script("exit 1");
+    ASSERT_EQ(cfc_flush_all_nosem(), 222U);
+    EXPECT_THAT(status(), HasSubstr("flash=unreadable\n"));
+    device_root::install_flash_tool();
+    EXPECT_EQ(service.end(), 0) << service.log();
+  }
+  const service_process later;
+  EXPECT_EQ(get("LAN", "ConnType"), "0x09");
+}
+
 TEST_F(Configuration, replaces_an_unreadable_one_by_a_reset_to_defaults) {
   save_seven();
   install_failing_read("exit 1");
