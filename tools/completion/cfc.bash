@@ -88,14 +88,14 @@ _cfc_options() {
     show) printf '%s\n' --help --secrets --json ;;
     diff) printf '%s\n' --help --secrets ;;
     check | status | sections | export | time) printf '%s\n' --help --json ;;
-    register | flush | defaults | import | edit | acl) printf '%s\n' --help ;;
+    register | flush | defaults | import | edit | acl | help) printf '%s\n' --help ;;
     *) printf '%s\n' --help --version ;;
   esac
 }
 
 _cfc_verbs() {
   printf '%s\n' get set register flush defaults batch check status \
-    show sections export import diff edit acl time wireless firmware
+    show sections export import diff edit acl time wireless firmware help
 }
 
 # The words in front of the current one that are neither options nor their types, the verb first.
@@ -136,6 +136,7 @@ _cfc_arguments_of() {
     wireless:1) _cfc_offer "$2" < <(printf '%s\n' status events stations channels) ;;
     wireless:2) [[ ${arguments[1]} != channels ]] || _cfc_offer "$2" < <(printf '%s\n' 1 2 3 4 5) ;;
     show:1 | sections:1 | edit:1) _cfc_offer "$2" < <(_cfc_known_sections) ;;
+    help:1) _cfc_offer "$2" < <(_cfc_verbs) ;;
     acl:1) _cfc_offer "$2" < <(printf '%s\n' list add delete) ;;
     batch:1 | check:1 | import:1) _cfc_offer "$2" < <(compgen -f -- "$2") ;;
   esac

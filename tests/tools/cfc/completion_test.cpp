@@ -78,6 +78,7 @@ TEST(Completion, offers_the_verbs_that_the_program_knows) {
   EXPECT_THAT(offers({"cfc", ""}), UnorderedElementsAreArray(found_in(verbs, "\n  ([a-z]+) ")));
   EXPECT_THAT(offers({"cfc", "s"}), UnorderedElementsAre("set", "status", "show", "sections"));
   EXPECT_THAT(offers({"cfc", "x"}), IsEmpty());
+  EXPECT_THAT(offers({"cfc", "help", "fl"}), ElementsAre("flush"));
 }
 
 TEST(Completion, offers_the_options_that_each_verb_knows) {

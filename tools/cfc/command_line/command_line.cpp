@@ -523,10 +523,28 @@ std::optional<any_command> command_of(const taken_line& line, std::string& fault
       return pack_command_of(line);
     case verb::firmware_write:
       return firmware_write_command{line.at(0), line.has(verb_option::yes)};
+    case verb::help:
     case verb::family:
       break;
   }
   return std::nullopt;
+}
+
+/// The help of the verb that the words of `cfc help` name; a fault when they name none.
+std::string explanation_of(const std::vector<std::string>& words, std::string& fault) {
+  const verb_row* family = nullptr;
+  const verb_row* row = &program;
+  for (const std::string& word : words) {
+    const auto member =
+        std::ranges::find_if(row->members, [&](const verb_row& each) { return word == each.name; });
+    if (member == row->members.end()) {
+      fault = unknown_verb(word, *row);
+      return {};
+    }
+    family = row;
+    row = &*member;
+  }
+  return help_of(family, *row);
 }
 
 /// What is wrong with the line as a whole, the first that counts; empty when nothing is.
@@ -560,6 +578,12 @@ parsed_line parse_command_line(std::vector<std::string> words) {
     return {.command = {}, .status = exit_status::done, .text = help_of(line.family, *line.row)};
   }
   fault = fault.empty() ? fault_of(line) : fault;
+  if (fault.empty() && line.row->which == verb::help) {
+    std::string text = explanation_of(line.positionals, fault);
+    if (fault.empty()) {
+      return {.command = {}, .status = exit_status::done, .text = std::move(text)};
+    }
+  }
   std::optional<any_command> command;
   if (fault.empty()) {
     command = command_of(line, fault);

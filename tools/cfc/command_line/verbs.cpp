@@ -65,6 +65,8 @@ constexpr positional_row action_and_address[] = {
 constexpr positional_row region[] = {
     {"REGION", "Number of the regulatory region; all but 1 to 5 have every channel"}};
 constexpr positional_row image[] = {{"FILE", "The image"}};
+constexpr positional_row explained_verb[] = {
+    {"VERB", "The verb, and the verb of its family", nullptr, false, true}};
 constexpr positional_row parts[] = {
     {"PART", "A file; for multi, images in the order of writing", nullptr, true, true}};
 
@@ -157,6 +159,7 @@ constexpr verb_row verbs[] = {
      {}},
     {"acl", "List or change the MAC access list", verb::acl, help_alone, action_and_address, {}},
     {"time", "Print local time and its offset from UTC", verb::time, json_alone, {}, {}},
+    {"help", "Explain a verb, or list all verbs", verb::help, help_alone, explained_verb, {}},
 };
 
 }  // namespace

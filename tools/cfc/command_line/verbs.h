@@ -69,6 +69,7 @@ enum class verb : std::uint8_t {
   firmware_info,
   firmware_pack,
   firmware_write,
+  help,
   family,
 };
 

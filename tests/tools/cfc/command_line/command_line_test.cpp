@@ -216,3 +216,26 @@ TEST(CommandLine, one_line_after_another_is_read_from_its_beginning) {
   EXPECT_EQ(complaint_of({"get", "A", "b", "-hx", "--type"}).substr(0, 11), "get: --type");
   EXPECT_EQ(request_of<get_request>({"get", "A", "b"}).section, "A");
 }
+
+TEST(CommandLine, help_explains_a_verb_as_its_option_does) {
+  const std::vector<std::vector<std::string>> rows = {
+      {}, {"get"}, {"firmware"}, {"wireless", "events"}};
+  for (std::vector<std::string> words : rows) {
+    std::vector<std::string> asked = words;
+    asked.insert(asked.begin(), "help");
+    words.emplace_back("--help");
+    const parsed_line explained = parse_command_line(asked);
+    EXPECT_EQ(explained.status, exit_status::done);
+    EXPECT_EQ(explained.text, parse_command_line(words).text);
+    EXPECT_NE(explained.text, "");
+  }
+}
+
+TEST(CommandLine, help_of_an_unknown_verb_names_the_nearest) {
+  EXPECT_EQ(complaint_of({"help", "gte"}),
+            "help: unknown verb \"gte\"; did you mean get? (see: cfc help --help)");
+  EXPECT_EQ(complaint_of({"help", "firmware", "wirte"}),
+            "help: unknown verb \"wirte\"; did you mean write? (see: cfc help --help)");
+  EXPECT_EQ(complaint_of({"help", "get", "LAN"}),
+            "help: unknown verb \"LAN\" (see: cfc help --help)");
+}
