@@ -25,9 +25,10 @@ void check_save_of_factory_settings(unsigned children_before) {
 }
 
 void log_missing_configuration(std::uint32_t result) {
-  log_line(log_level::error, "no configuration: flash has none, and %s: %s (%u %s)%s", factory_file,
-           cfc_result_text(result), result, cfc_result_name(result),
-           result == CFC_ERR_BAD_VALUE ? "; cfc check reports where" : "");
+  const char* const reason =
+      result == CFC_ERR_BAD_VALUE ? "malformed; cfc check reports where" : cfc_result_text(result);
+  log_line(log_level::error, "no configuration: flash has none, and %s: %s (%u %s)", factory_file,
+           reason, result, cfc_result_name(result));
 }
 
 }  // namespace

@@ -199,8 +199,8 @@ without_a_configuration() {
   echo "no section" >/etc/config-file.ini
   expect_init 1 start
   grep -q 'did not start; the system' "$work/init.log" || fail "init script: no word of the log"
-  logs "error: no configuration: flash has none, and /etc/config-file.ini gives result 205\
- (malformed; cfc check tells where)"
+  logs "error: no configuration: flash has none, and /etc/config-file.ini:\
+ malformed; cfc check reports where (205 CFC_ERR_BAD_VALUE)"
   expect_init 3 status
   rm -rf /var/lib/proreflax
   mv /var/lib/elsewhere /var/lib/proreflax

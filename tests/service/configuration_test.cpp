@@ -208,7 +208,8 @@ TEST_F(Configuration, served_from_memory_needs_a_factory_file) {
     device_root::write("/etc/config-file.ini", text);
     service_process service;
     EXPECT_EQ(service.status(), 1) << text;
-    EXPECT_THAT(service.log(), HasSubstr("is malformed or out of range (205 CFC_ERR_BAD_VALUE)"))
+    EXPECT_THAT(service.log(),
+                HasSubstr("malformed; cfc check reports where (205 CFC_ERR_BAD_VALUE)"))
         << text;
   }
   unlink(device_root::path("/etc/config-file.ini").c_str());
