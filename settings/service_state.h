@@ -61,12 +61,12 @@ status_report look_at_device();
 /// What a status file says of the service with that process id; not known when it is another's.
 served_status read_served_status(const std::string& path, int process);
 
-/// Whether a service was killed and left its lock behind: whoever asked it would wait for ever.
+/// Whether a service was killed and its lock is still there: a client would wait indefinitely.
 bool service_was_killed();
 
 /// What a request is told then.
 inline constexpr std::string_view killed_service =
-    "config-center does not run: it was killed, and left its lock behind";
+    "config-center is not running: it was killed, and its lock is still there";
 
 }  // namespace proreflax::settings
 

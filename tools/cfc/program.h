@@ -10,7 +10,7 @@
 
 namespace cfc {
 
-/// Runs the command that the words behind the program's name spell.
+/// Runs the command that the words after the program's name spell.
 exit_status run_program(std::vector<std::string> words, output& out);
 
 }  // namespace cfc

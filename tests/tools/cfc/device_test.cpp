@@ -112,10 +112,11 @@ TEST_F(CfcOnDevice, a_killed_service_is_told_and_nobody_waits_for_it) {
   const ended status = run_cfc({"status"});
   EXPECT_EQ(status.status, 1);
   EXPECT_EQ(status.out,
-            "service: killed, with its lock left behind\nlock: free\nqueue: 0 messages waiting\n");
+            "service: killed, its lock is still there\nlock: free\nqueue: 0 messages waiting\n");
   EXPECT_EQ(json::parse(run_cfc({"status", "--json"}).out)["service"]["alive"], false);
   const string sentence =
-      "230 CFC_ERR_NO_SEM: config-center does not run: it was killed, and left its lock behind";
+      "230 CFC_ERR_NO_SEM: config-center is not running: it was killed, and its lock is still "
+      "there";
   for (const std::vector<string>& command : {std::vector<string>{"get", "LAN", "ConnType"},
                                              {"set", "LAN", "ConnType", "2"},
                                              {"flush"}}) {

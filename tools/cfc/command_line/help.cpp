@@ -8,7 +8,7 @@ constexpr std::size_t description_column = 30;
 constexpr const char* exit_statuses =
     "\n\nValues go to standard output, all else to standard error.\n"
     "Exit status: 0 done; 1 refused or failed; 2 wrong usage; 3 no such section or key.\n"
-    "A value, section or key that may begin with a dash goes behind \"--\": cfc set -- A b \"$x\"";
+    "A value, section or key that may begin with a dash goes after \"--\": cfc set -- A b \"$x\"";
 
 void add_line(std::string& text, std::string label, const char* description) {
   label.insert(0, "  ");

@@ -100,7 +100,7 @@ constexpr verb_row verbs[] = {
      new_section,
      {}},
     {"flush", "Write what was set to flash", verb::flush, help_alone, {}, {}},
-    {"defaults", "Put the factory defaults in force", verb::defaults, help_alone, {}, {}},
+    {"defaults", "Restore the factory defaults", verb::defaults, help_alone, {}, {}},
     {"batch",
      "Carry out the commands of a text, one a line",
      verb::batch,

@@ -86,7 +86,7 @@ std::string show_service(const service_status& service) {
     case service_status::life::alive:
       return "service: " + show_process(service.process, service.name);
     case service_status::life::dead:
-      return "service: killed, with its lock left behind";
+      return "service: killed, its lock is still there";
     case service_status::life::unknown:
       break;
   }

@@ -28,7 +28,7 @@ TEST(Help, of_the_program_lists_its_verbs_and_ends_with_the_exit_statuses) {
                                "  --version                   Print the version and exit\n\n"
                                "Subcommands:\n"
                                "  get                         Print a value\n"));
-  EXPECT_THAT(text, EndsWith("goes behind \"--\": cfc set -- A b \"$x\""));
+  EXPECT_THAT(text, EndsWith("goes after \"--\": cfc set -- A b \"$x\""));
 }
 
 TEST(Help, of_a_verb_names_choices_and_what_may_be_left_out) {

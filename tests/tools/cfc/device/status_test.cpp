@@ -56,7 +56,7 @@ TEST(Status, every_state_of_the_queue_has_its_words) {
 TEST(Status, every_state_of_the_service_has_its_words) {
   using life = service_status::life;
   EXPECT_EQ(show_service({}), "service: nothing tells whether it runs");
-  EXPECT_EQ(show_service({.state = life::dead}), "service: killed, with its lock left behind");
+  EXPECT_EQ(show_service({.state = life::dead}), "service: killed, its lock is still there");
   EXPECT_EQ(show_service({.state = life::alive, .process = 7, .name = "config-center"}),
             "service: process 7 (config-center)");
 }
