@@ -1,6 +1,7 @@
 // What happens to the saved configuration when the flash tool fails, or signals reach it.
 #include <gmock/gmock.h>
 #include <signal.h>
+#include <sys/sem.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -394,6 +395,18 @@ TEST_F(Configuration, status_is_for_everyone_to_read_and_gone_after_a_stop) {
   EXPECT_THAT(status(), HasSubstr("pid=" + std::to_string(service.id()) + "\nstarted="));
   EXPECT_EQ(service.end(), 0);
   EXPECT_EQ(status(), "");
+}
+
+TEST_F(Configuration, status_is_gone_before_the_lock_that_the_next_service_needs) {
+  service_process service;
+  ASSERT_EQ(cfc_get_mutex(), 0U);
+  // The stop waits for the holder of the lock.
+  kill(service.id(), SIGTERM);
+  EXPECT_TRUE(eventually([] { return status().empty(); }));
+  EXPECT_TRUE(service.runs());
+  EXPECT_NE(semget(proreflax::CFC_SEM_KEY, 0, 0), -1);
+  cfc_put_mutex();
+  EXPECT_EQ(service.status(), 0);
 }
 
 TEST_F(Configuration, is_served_though_the_status_cannot_be_written) {
